@@ -1,0 +1,49 @@
+#ifndef TESMO_HBBTV_SUPPORT_LOGENTRY_H
+#define TESMO_HBBTV_SUPPORT_LOGENTRY_H
+
+#include <sstream>
+#include <string>
+
+namespace TesmoHbbTV {
+
+// Levels outside 1..4 are allowed: they write no level word but still reach the outputs.
+enum LogLevel : int {
+    LOG_LEVEL_DEBUG = 1,
+    LOG_LEVEL_LOG = 2,
+    LOG_LEVEL_WARN = 3,
+    LOG_LEVEL_ERR = 4
+};
+
+// One log line. Build it as a temporary, stream the message into it, and let it die:
+// the destructor hands the finished line to Logging.
+class LogEntry {
+public:
+    LogEntry(LogLevel level, std::string module);
+    ~LogEntry();
+
+    LogEntry(const LogEntry&) = delete;
+    LogEntry& operator=(const LogEntry&) = delete;
+
+    template <typename T>
+    LogEntry& operator<<(const T& value)
+    {
+        text << value;
+        return *this;
+    }
+
+    void output();
+    LogLevel getLogLevel() const { return level; }
+    std::string getString() const { return text.str(); }
+
+private:
+    void writeHead();
+
+    LogLevel level;
+    std::string module;
+    std::ostringstream text;
+    bool written = false;
+};
+
+} // namespace TesmoHbbTV
+
+#endif
