@@ -1,0 +1,107 @@
+#ifndef TESMO_HBBTV_SI_AITAPPLICATION_H
+#define TESMO_HBBTV_SI_AITAPPLICATION_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "si/AITApplicationTransport.h"
+#include "si/ApplicationDescriptor.h"
+#include "si/ApplicationDomain.h"
+#include "si/ApplicationRecordingDescriptor.h"
+#include "si/PlatformProfile.h"
+#include "si/SectionReader.h"
+#include "support/ref_ptr.h"
+#include "tesmo_hbbtv/browser_core.h"
+
+namespace TesmoHbbTV {
+
+class AIT;
+class HbbTVURL;
+
+// One application entry of an AIT, from a binary application loop or an XML AIT record.
+class AITApplication {
+public:
+    // Values other than these are kept as signalled.
+    enum ControlCode : uint8_t {
+        AUTOSTART = 1, PRESENT = 2, DESTROY = 3, KILL = 4,
+        PREFETCH = 5, REMOTE = 6, DISABLED = 7, PLAYBACK_AUTOSTART = 8
+    };
+    enum ApplicationUsageType : uint8_t { NO_USAGE = 0, DIGITAL_TELETEXT = 1 };
+
+    using ApplicationDescriptor = TesmoHbbTV::ApplicationDescriptor;
+    using ApplicationRecordingDescriptor = TesmoHbbTV::ApplicationRecordingDescriptor;
+    using PlatformProfile = TesmoHbbTV::PlatformProfile;
+    using Transport = ref_ptr<AITApplicationTransport>;
+
+    // ait owns this entry and outlives it.
+    explicit AITApplication(AIT* ait);
+    ~AITApplication();
+
+    AITApplication(const AITApplication&) = delete;
+    AITApplication& operator=(const AITApplication&) = delete;
+
+    // entry is positioned at organisation_id; it may read up to the end of the section.
+    bool parse(SectionReader entry);
+    bool parse(const DAXO_AITApplication& record, bool& corrected);
+
+    bool isSignalledWith(ControlCode code) const { return controlCode == code; }
+    bool isPlatformProfileSupported() const;
+    unsigned char getApplicationPriority() const;
+    bool isSignalledAsServiceBound() const;
+    bool sameAITApplication(const AITApplication* other) const;
+    bool hasValidAppId() const;
+    bool isXMLAITbased() const;
+    bool isSigned() const { return isSignedApp; }
+
+    uint32_t getOrganisationIdentifier() const { return organisationId; }
+    uint16_t getApplicationIdentifier() const { return applicationId; }
+    ApplicationUsageType getApplicationUsageType() const { return usageType; }
+    ControlCode getControlCode() const { return controlCode; }
+    std::string getApplicationName() const { return name; }
+    std::string getApplicationLocation() const { return location; }
+    const ApplicationDescriptor* getApplicationDescriptor() const { return applicationDescriptor.get(); }
+    const ApplicationRecordingDescriptor* getApplicationRecordingDescriptor() const { return recordingDescriptor.get(); }
+    ApplicationDomain* getApplicationDomain() const { return domain.get(); }
+    void* getChannelHandle() const { return channelHandle; }
+    void setChannelHandle(void* handle) { channelHandle = handle; }
+    AIT* getAIT() const { return ait; }
+    void printAITApplication() const {}
+
+    // Transports in order of preference.
+    uint8_t getNumTransports() const { return static_cast<uint8_t>(transports.size()); }
+    const std::vector<Transport>& getTransports() const { return transports; }
+    bool isPreferredTransportProtocol(AITApplicationTransport::ProtocolId protocol) const;
+    bool getPreferredTransportProtocol(AITApplicationTransport::ProtocolId& protocol) const;
+    AITApplicationTransport* getFirstAvailableTransport(bool broadbandAvailable) const;
+    AITApplicationTransport* getNextAvailableTransport(const AITApplicationTransport* current,
+                                                       bool broadbandAvailable) const;
+    AITApplicationTransport* getTransportMatchingURL(const HbbTVURL& url) const;
+    bool isTransportedOverProtocol(AITApplicationTransport::ProtocolId protocol) const;
+
+private:
+    bool parseDescriptor(SectionReader descriptor, size_t loopRemaining, std::vector<Transport>& local);
+    bool parseName(SectionReader descriptor, size_t loopRemaining);
+    void addLocalTransport(SectionReader descriptor, std::vector<Transport>& local);
+    void buildTransportList(std::vector<Transport>& local);
+    AITApplicationTransport* firstAvailableFrom(size_t index, bool broadbandAvailable) const;
+
+    AIT* ait;  // the owning table
+    std::string name;
+    ControlCode controlCode = ControlCode(0);
+    uint32_t organisationId = 0;
+    uint16_t applicationId = 0;
+    void* channelHandle;  // the platform's, opaque
+    std::unique_ptr<ApplicationDescriptor> applicationDescriptor;
+    std::vector<Transport> transports;
+    std::unique_ptr<ApplicationDomain> domain;
+    std::string location;
+    ApplicationUsageType usageType = NO_USAGE;
+    bool isSignedApp = false;
+    std::unique_ptr<ApplicationRecordingDescriptor> recordingDescriptor;
+};
+
+} // namespace TesmoHbbTV
+
+#endif

@@ -1,0 +1,37 @@
+#include "si/HbbTVCurrentAITDVBURL.h"
+
+#include <cstdlib>
+
+#include "si/SiText.h"
+
+namespace TesmoHbbTV {
+
+namespace {
+
+const std::string PREFIX = "dvb://current.ait/";
+
+uint32_t hexValue(const std::string& text)
+{
+    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 16));
+}
+
+} // namespace
+
+HbbTVCurrentAITDVBURL::HbbTVCurrentAITDVBURL(const std::string& url) : HbbTVURL(url)
+{
+    type = URL_TYPE_DVB_CURRENT_AIT;
+    if (baseUrl.compare(0, PREFIX.size(), PREFIX) != 0)
+        return;
+    const size_t dot = baseUrl.find('.', PREFIX.size());
+    if (dot == std::string::npos)
+        return;
+    const std::string organisation = baseUrl.substr(PREFIX.size(), dot - PREFIX.size());
+    const std::string application = baseUrl.substr(dot + 1);
+    if (!isHexadecimalNumberString(organisation) || !isHexadecimalNumberString(application))
+        return;
+    organisationId = hexValue(organisation);
+    applicationId = hexValue(application);
+    valid = true;
+}
+
+} // namespace TesmoHbbTV

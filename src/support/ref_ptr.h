@@ -1,0 +1,54 @@
+#ifndef TESMO_HBBTV_SUPPORT_REF_PTR_H
+#define TESMO_HBBTV_SUPPORT_REF_PTR_H
+
+namespace TesmoHbbTV {
+
+// Holds one reference to a RefCounted object.
+template <typename T>
+class ref_ptr {
+public:
+    ref_ptr() = default;
+    ref_ptr(T* target) : target(target) { acquire(); }  // NOLINT: implicit by design
+    ref_ptr(const ref_ptr& other) : target(other.target) { acquire(); }
+    ~ref_ptr()
+    {
+        if (target)
+            target->release();
+    }
+
+    ref_ptr& operator=(const ref_ptr& other)
+    {
+        reset(other.target);
+        return *this;
+    }
+
+    // Takes the new reference before dropping the old, so that resetting to the same
+    // object never deletes it.
+    void reset(T* p = nullptr)
+    {
+        if (p)
+            p->addRef();
+        T* old = target;
+        target = p;
+        if (old)
+            old->release();
+    }
+
+    T* get() const { return target; }
+    T* operator->() const { return target; }
+    T& operator*() const { return *target; }
+    operator T*() const { return target; }  // NOLINT: implicit by design
+
+private:
+    void acquire()
+    {
+        if (target)
+            target->addRef();
+    }
+
+    T* target = nullptr;
+};
+
+} // namespace TesmoHbbTV
+
+#endif

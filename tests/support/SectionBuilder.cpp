@@ -1,0 +1,224 @@
+#include "SectionBuilder.h"
+
+namespace tesmo_test {
+
+namespace {
+
+void put16(Bytes& out, uint16_t value)
+{
+    out.push_back(uint8_t(value >> 8));
+    out.push_back(uint8_t(value));
+}
+
+void put32(Bytes& out, uint32_t value)
+{
+    put16(out, uint16_t(value >> 16));
+    put16(out, uint16_t(value));
+}
+
+void append(Bytes& out, const Bytes& more)
+{
+    for (uint8_t byte : more)
+        out.push_back(byte);
+}
+
+void append(Bytes& out, const std::string& text)
+{
+    out.insert(out.end(), text.begin(), text.end());
+}
+
+// Adds section_length and the CRC to a section whose header leaves bytes 1-2 open.
+Bytes finishSection(Bytes section)
+{
+    const size_t length = section.size() - 3 + 4;
+    section[1] = uint8_t((section[1] & 0xF0) | ((length >> 8) & 0x0F));
+    section[2] = uint8_t(length);
+    put32(section, crc32Mpeg(section.data(), section.size()));
+    return section;
+}
+
+} // namespace
+
+uint32_t crc32Mpeg(const uint8_t* data, size_t length)
+{
+    uint32_t crc = 0xFFFFFFFF;
+    for (size_t i = 0; i < length; ++i) {
+        crc ^= uint32_t(data[i]) << 24;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc & 0x80000000) ? (crc << 1) ^ 0x04C11DB7 : crc << 1;
+    }
+    return crc;
+}
+
+Bytes descriptor(uint8_t tag, const Bytes& body)
+{
+    Bytes out{tag, uint8_t(body.size())};
+    append(out, body);
+    return out;
+}
+
+Bytes applicationDescriptor(const ApplicationDescriptorFields& fields)
+{
+    Bytes body{uint8_t(fields.profiles.size() * 5)};
+    for (const Profile& p : fields.profiles) {
+        put16(body, p.profile);
+        body.insert(body.end(), {p.major, p.minor, p.micro});
+    }
+    body.push_back(uint8_t((fields.serviceBound ? 0x80 : 0) | (fields.visibility & 3) << 5 | 0x1F));
+    body.push_back(fields.priority);
+    append(body, fields.labels);
+    return descriptor(0x00, body);
+}
+
+Bytes nameDescriptor(const std::string& name, const std::string& language)
+{
+    Bytes body;
+    append(body, language);
+    body.push_back(uint8_t(name.size()));
+    append(body, name);
+    return descriptor(0x01, body);
+}
+
+Bytes httpTransport(uint8_t label, const std::string& urlBase)
+{
+    Bytes body;
+    put16(body, 3);
+    body.push_back(label);
+    body.push_back(uint8_t(urlBase.size()));
+    append(body, urlBase);
+    body.push_back(0);  // URL_extension_count
+    return descriptor(0x02, body);
+}
+
+Bytes carouselTransport(uint8_t label, uint8_t componentTag)
+{
+    Bytes body;
+    put16(body, 1);
+    body.insert(body.end(), {label, 0x7F, componentTag});
+    return descriptor(0x02, body);
+}
+
+Bytes remoteCarouselTransport(uint8_t label, uint16_t onid, uint16_t tsid, uint16_t sid, uint8_t componentTag)
+{
+    Bytes body;
+    put16(body, 1);
+    body.insert(body.end(), {label, 0xFF});
+    put16(body, onid);
+    put16(body, tsid);
+    put16(body, sid);
+    body.push_back(componentTag);
+    return descriptor(0x02, body);
+}
+
+Bytes locationDescriptor(const std::string& path)
+{
+    Bytes body;
+    append(body, path);
+    return descriptor(0x15, body);
+}
+
+Bytes usageDescriptor(uint8_t usageType)
+{
+    return descriptor(0x16, {usageType});
+}
+
+Bytes boundaryDescriptor(const std::vector<std::string>& extensions)
+{
+    Bytes body{uint8_t(extensions.size())};
+    for (const std::string& e : extensions) {
+        body.push_back(uint8_t(e.size()));
+        append(body, e);
+    }
+    return descriptor(0x17, body);
+}
+
+Bytes recordingDescriptor(const Recording& recording)
+{
+    Bytes body{uint8_t(recording.flags | 0x03), uint8_t(recording.labels.size())};
+    for (const std::string& label : recording.labels) {
+        body.push_back(uint8_t(label.size()));
+        append(body, label);
+        body.push_back(0xC0);  // storage_properties
+    }
+    body.push_back(uint8_t(recording.componentTags.size()));
+    append(body, recording.componentTags);
+    body.push_back(0);  // private_length
+    return descriptor(0x06, body);
+}
+
+App& App::with(const Bytes& descriptorBytes)
+{
+    append(descriptors, descriptorBytes);
+    return *this;
+}
+
+Bytes App::bytes() const
+{
+    Bytes out;
+    put32(out, organisationId);
+    put16(out, applicationId);
+    out.push_back(controlCode);
+    put16(out, uint16_t(0xF000 | descriptors.size()));
+    append(out, descriptors);
+    return out;
+}
+
+AITSection& AITSection::common(const Bytes& descriptorBytes)
+{
+    append(commonDescriptors, descriptorBytes);
+    return *this;
+}
+
+AITSection& AITSection::application(const App& app)
+{
+    append(applications, app.bytes());
+    return *this;
+}
+
+Bytes AITSection::bytes() const
+{
+    Bytes out{0x74, 0xF0, 0x00};
+    put16(out, 0x0010);  // test_application_flag 0, application_type HbbTV
+    out.push_back(uint8_t(0xC1 | (versionNumber & 0x1F) << 1));
+    out.push_back(sectionNumber);
+    out.push_back(lastSectionNumber);
+    put16(out, uint16_t(0xF000 | commonDescriptors.size()));
+    append(out, commonDescriptors);
+    put16(out, uint16_t(0xF000 | applications.size()));
+    append(out, applications);
+    return finishSection(out);
+}
+
+void setSectionLength(Bytes& bytes)
+{
+    const size_t length = bytes.size() - 3;
+    bytes[1] = uint8_t((bytes[1] & 0xF0) | ((length >> 8) & 0x0F));
+    bytes[2] = uint8_t(length);
+}
+
+Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors)
+{
+    Bytes out{0x02, 0xB0, 0x00};
+    put16(out, programNumber);
+    out.insert(out.end(), {0xC1, 0x00, 0x00});
+    put16(out, 0xE100);  // PCR_PID
+    put16(out, uint16_t(0xF000 | programDescriptors.size()));
+    append(out, programDescriptors);
+    for (const Stream& s : streams) {
+        out.push_back(s.streamType);
+        put16(out, uint16_t(0xE000 | s.pid));
+        put16(out, uint16_t(0xF000 | s.descriptors.size()));
+        append(out, s.descriptors);
+    }
+    return finishSection(out);
+}
+
+Bytes concat(std::initializer_list<Bytes> parts)
+{
+    Bytes out;
+    for (const Bytes& p : parts)
+        append(out, p);
+    return out;
+}
+
+} // namespace tesmo_test

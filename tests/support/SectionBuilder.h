@@ -1,0 +1,99 @@
+#ifndef TESMO_HBBTV_TESTS_SECTIONBUILDER_H
+#define TESMO_HBBTV_TESTS_SECTIONBUILDER_H
+
+// Composes AIT and PMT sections from named fields, CRC included, so that a test reads like
+// the broadcast it models.
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace tesmo_test {
+
+using Bytes = std::vector<uint8_t>;
+
+uint32_t crc32Mpeg(const uint8_t* data, size_t length);
+
+// ---- descriptors (tag, length, body) ----
+Bytes descriptor(uint8_t tag, const Bytes& body);
+
+struct Profile {
+    uint16_t profile;
+    uint8_t major, minor, micro;
+};
+
+struct ApplicationDescriptorFields {
+    std::vector<Profile> profiles{{0x0000, 1, 1, 1}};
+    bool serviceBound = false;
+    uint8_t visibility = 3;
+    uint8_t priority = 1;
+    Bytes labels{1};
+};
+Bytes applicationDescriptor(const ApplicationDescriptorFields& fields);
+Bytes nameDescriptor(const std::string& name, const std::string& language = "eng");
+Bytes httpTransport(uint8_t label, const std::string& urlBase);
+Bytes carouselTransport(uint8_t label, uint8_t componentTag);
+Bytes remoteCarouselTransport(uint8_t label, uint16_t onid, uint16_t tsid, uint16_t sid, uint8_t componentTag);
+Bytes locationDescriptor(const std::string& path);
+Bytes usageDescriptor(uint8_t usageType);
+Bytes boundaryDescriptor(const std::vector<std::string>& extensions);
+
+struct Recording {
+    uint8_t flags = 0;  // scheduled, trick mode aware, time shift, dynamic, av synced, replay: 0x80 .. 0x04
+    std::vector<std::string> labels;
+    Bytes componentTags;
+};
+Bytes recordingDescriptor(const Recording& recording);
+
+// ---- application loop entries ----
+class App {
+public:
+    App(uint32_t organisationId, uint16_t applicationId, uint8_t controlCode = 1)
+        : organisationId(organisationId), applicationId(applicationId), controlCode(controlCode)
+    {
+    }
+    App& with(const Bytes& descriptorBytes);
+    Bytes bytes() const;
+
+private:
+    uint32_t organisationId;
+    uint16_t applicationId;
+    uint8_t controlCode;
+    Bytes descriptors;
+};
+
+// ---- AIT sections ----
+class AITSection {
+public:
+    AITSection& version(uint8_t v) { versionNumber = v; return *this; }
+    AITSection& number(uint8_t section, uint8_t last) { sectionNumber = section; lastSectionNumber = last; return *this; }
+    AITSection& common(const Bytes& descriptorBytes);
+    AITSection& application(const App& app);
+    // The whole section, exactly 3 + section_length bytes.
+    Bytes bytes() const;
+
+private:
+    uint8_t versionNumber = 0;
+    uint8_t sectionNumber = 0;
+    uint8_t lastSectionNumber = 0;
+    Bytes commonDescriptors;
+    Bytes applications;
+};
+
+// Rewrites section_length so that the section is exactly bytes.size() long.
+void setSectionLength(Bytes& bytes);
+
+// ---- PMT sections ----
+struct Stream {
+    uint8_t streamType;
+    uint16_t pid;
+    Bytes descriptors;
+};
+Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors = {});
+
+Bytes concat(std::initializer_list<Bytes> parts);
+
+} // namespace tesmo_test
+
+#endif
