@@ -8,6 +8,11 @@
 #include "api/ConfigurationManager.h"
 #include "api/ExternalEvent.h"
 #include "api/ThreadsafeEventQueue.h"
+#include "bindings/KeySet.h"
+#include "lifecycle/Application.h"
+#include "lifecycle/Window.h"
+#include "lifecycle/WindowManager.h"
+#include "notify/NotificationManager.h"
 #include "support/Logging.h"
 #include "support/LoggingOutputFile.h"
 #include "support/LoggingOutputStdout.h"
@@ -41,14 +46,24 @@ void tesmo_hbbtv_init(DAXO_Tesmo* core)
 {
     if (ConfigurationManager* config = ConfigurationManager::getInstance())
         config->init(core);
+    if (WindowManager* manager = WindowManager::getInstance())
+        manager->init();
     hbbtv_ait_start();
     dsmcc_start();
+    if (NotificationManager* notifications = NotificationManager::getInstance())
+        notifications->init();
 }
 
 void tesmo_hbbtv_shutdown(void)
 {
+    WindowManager* manager = WindowManager::getInstance();
+    if (manager)
+        manager->removeAllWindows();
     hbbtv_ait_stop();
     dsmcc_stop();
+    if (NotificationManager* notifications = NotificationManager::getInstance())
+        notifications->shutdown();
+    delete manager;
     ConfigurationManager::destroyInstance();
 }
 
@@ -62,6 +77,91 @@ void tesmo_hbbtv_send_event(HBBTV_EventType type, HBBTV_EventData* data)
 {
     if (ThreadsafeEventQueue* queue = eventQueue())
         queue->add(new ExternalEvent(rawEventType(type), data));
+}
+
+bool tesmo_hbbtv_key_input(DAXO_TesmoWindow* window, int query_only, DAXO_KEY_SYM key, uint8_t modifiers)
+{
+    WindowManager* manager = WindowManager::getInstance();
+    Window* managed = manager ? manager->getWindow(window) : nullptr;
+    Application* app = managed ? managed->getApplication(window) : nullptr;
+    if (!app || !app->getKeySet()->matchesKey(key))
+        return false;
+    if (!query_only) {
+        daxo_keyboard_evt(0, key, modifiers);
+        daxo_keyboard_evt(1, key, modifiers);
+    }
+    return true;
+}
+
+bool tesmo_hbbtv_add_notification_listener(HBBTV_NotificationListener listener)
+{
+    NotificationManager* notifications = listener ? NotificationManager::getInstance() : nullptr;
+    if (!notifications)
+        return false;
+    notifications->addListener(listener);
+    return true;
+}
+
+HBBTV_Window* tesmo_hbbtv_create_window(void)
+{
+    WindowManager* manager = WindowManager::getInstance();
+    return manager ? manager->createWindow() : nullptr;
+}
+
+void tesmo_hbbtv_release_window(HBBTV_Window* window)
+{
+    if (WindowManager* manager = WindowManager::getInstance())
+        manager->removeWindow(window);
+}
+
+HBBTV_Window* tesmo_hbbtv_get_window_identifier(DAXO_TesmoWindow* daxo_window)
+{
+    WindowManager* manager = WindowManager::getInstance();
+    return manager ? manager->getWindow(daxo_window) : nullptr;
+}
+
+bool tesmo_hbbtv_is_hbbtv_window(DAXO_TesmoWindow* daxo_window)
+{
+    WindowManager* manager = daxo_window ? WindowManager::getInstance() : nullptr;
+    return manager && manager->getWindow(daxo_window);
+}
+
+void tesmo_hbbtv_set_broadcast_window(HBBTV_Window* window)
+{
+    if (WindowManager* manager = WindowManager::getInstance())
+        manager->setBroadcastWindow(window);
+}
+
+HBBTV_Window* tesmo_hbbtv_get_broadcast_window(void)
+{
+    WindowManager* manager = WindowManager::getInstance();
+    return manager ? manager->getBroadcastWindow() : nullptr;
+}
+
+DAXO_TesmoWindow* tesmo_hbbtv_get_daxo_window(HBBTV_Window* window)
+{
+    WindowManager* manager = window ? WindowManager::getInstance() : nullptr;
+    if (!manager || !manager->handledWindow(window))
+        return nullptr;
+    return manager->getDaxoWindow(window);
+}
+
+bool tesmo_hbbtv_is_within_boundaries(HBBTV_Window* window, const char* url)
+{
+    WindowManager* manager = window && url ? WindowManager::getInstance() : nullptr;
+    // A window the manager does not hold is gone, or was never a window: nothing to ask.
+    if (!manager || !manager->handledWindow(window))
+        return false;
+    Application* running = window->getRunningApplication();
+    return running && running->isWithinApplicationBoundaries(url);
+}
+
+HBBTV_STATUS tesmo_hbbtv_set_time_shifted(HBBTV_Window* window, int time_shifted)
+{
+    WindowManager* manager = window ? WindowManager::getInstance() : nullptr;
+    if (!manager || !manager->handledWindow(window))
+        return HBBTV_STATUS_FAILED;
+    return window->setTimeShifted(time_shifted > 0) ? HBBTV_STATUS_OK : HBBTV_STATUS_FAILED;
 }
 
 bool tesmo_hbbtv_add_log_output(int min_level, const char* path)
