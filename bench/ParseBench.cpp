@@ -103,4 +103,4 @@ BENCHMARK(BM_ParseThirtyApplicationsInThreeSections);
 
 } // namespace
 
-BENCHMARK_MAIN();
+
