@@ -1,6 +1,7 @@
 #include "api/ConfigurationManager.h"
 
 #include "api/ThreadsafeEventQueue.h"
+#include "carousel/OCDownloadManager.h"
 #include "tesmo_hbbtv/platform.h"
 
 namespace TesmoHbbTV {
@@ -21,6 +22,7 @@ void ConfigurationManager::destroyInstance()
 
 ConfigurationManager::~ConfigurationManager()
 {
+    delete downloadManager;
     delete eventQueue;
     instance = nullptr;
 }
@@ -28,7 +30,8 @@ ConfigurationManager::~ConfigurationManager()
 void ConfigurationManager::init(DAXO_Tesmo* core)
 {
     browserCore = core;
-    // A repeated init abandons the previous queue unfreed: init runs once per library start.
+    // A repeated init abandons the previous objects unfreed: init runs once per library start.
+    downloadManager = new OCDownloadManager();
     eventQueue = new ThreadsafeEventQueue();
     supportedKeyInput = hbbtv_keyset_get_supported_values();
 }

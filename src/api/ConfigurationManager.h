@@ -7,6 +7,7 @@
 
 namespace TesmoHbbTV {
 
+class OCDownloadManager;
 class ThreadsafeEventQueue;
 
 // Holds what the platform configures: the browser-core instance, the event queue, the
@@ -34,6 +35,7 @@ public:
 
     DAXO_Tesmo* getTesmo() const { return browserCore; }
     ThreadsafeEventQueue* getEventQueue() const { return eventQueue; }
+    OCDownloadManager* getDownloadManager() const { return downloadManager; }
     const HbbTVVersion& getHbbTVVersion() const { return hbbTVVersion; }
     void setHbbTVVersion(const HbbTVVersion& version) { hbbTVVersion = version; }
     uint16_t getSupportedPlatformProfiles() const { return supportedPlatformProfiles; }
@@ -45,6 +47,7 @@ private:
 
     DAXO_Tesmo* browserCore = nullptr;       // borrowed from the platform
     ThreadsafeEventQueue* eventQueue = nullptr;  // owned
+    OCDownloadManager* downloadManager = nullptr;  // owned
     HbbTVVersion hbbTVVersion{1, 1, 1};
     uint16_t supportedPlatformProfiles = 0;
     int32_t supportedKeyInput = 0;

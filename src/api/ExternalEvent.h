@@ -6,6 +6,8 @@
 
 namespace TesmoHbbTV {
 
+class Window;
+
 // A platform event waiting for the browser thread. It owns the platform's malloc'ed record:
 // after execute() the record and the strings its type owns are freed; an event destroyed
 // unexecuted frees the record only.
@@ -21,9 +23,18 @@ public:
     void execute() override;
 
 private:
-    void handleStreamEvent(HBBTV_EventData* data);
-    void handleTerminalIdentity(HBBTV_EventData* data);
-    void handlePlatformProfiles(HBBTV_EventData* data);
+    void dispatch(HBBTV_EventData* event);
+    void handleAitSection(HBBTV_EventData* event);
+    void feedSection(Window& window, const unsigned char* section, const HBBTV_EventData& event);
+    void handleAitWithdrawn();
+    void handleStartApplication(HBBTV_EventData* event);
+    void handleStartBroadcastIndependent(HBBTV_EventData* event);
+    void handleTerminateApplication(HBBTV_EventData* event);
+    void handleCarouselFile(HBBTV_EventData* event, bool ready);
+    void handleBroadband(bool up);
+    void handleStreamEvent(HBBTV_EventData* event);
+    void handleTerminalIdentity(HBBTV_EventData* event);
+    void handlePlatformProfiles(HBBTV_EventData* event);
 
     int type;
     HBBTV_EventData* data;  // owned; malloc'ed by the platform

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "api/BrowserNotificationDispatcher.h"
 #include "api/ConfigurationManager.h"
 #include "api/ExternalEvent.h"
 #include "api/ThreadsafeEventQueue.h"
@@ -77,6 +78,11 @@ void tesmo_hbbtv_send_event(HBBTV_EventType type, HBBTV_EventData* data)
 {
     if (ThreadsafeEventQueue* queue = eventQueue())
         queue->add(new ExternalEvent(rawEventType(type), data));
+}
+
+bool tesmo_hbbtv_handle_notification(void*, DAXO_TesmoWindow* window, int id, void* data, int* result)
+{
+    return BrowserNotificationDispatcher(window, data, result).dispatch(id);
 }
 
 bool tesmo_hbbtv_key_input(DAXO_TesmoWindow* window, int query_only, DAXO_KEY_SYM key, uint8_t modifiers)

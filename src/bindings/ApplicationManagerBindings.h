@@ -5,6 +5,8 @@
 // listeners the script layer sets with native_ApplicationManagerSetListener and
 // native_ApplicationManagerSetAppDestroyedListener. Unset listeners drop the report.
 
+#include <cstdint>
+
 namespace TesmoHbbTV {
 
 class Application;
@@ -12,6 +14,11 @@ class Application;
 void call_application_destroyed_listener(Application* application);
 void call_application_load_error_listener(Application* application);
 void call_low_memory_listener();
+
+// How script-side identities become the library's objects; each logs when it finds nothing.
+Application* get_application_from_window(long handle);
+Application* get_application_from_id(void* id);
+uint32_t get_id_from_application(const Application* application);
 
 } // namespace TesmoHbbTV
 

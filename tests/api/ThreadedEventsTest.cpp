@@ -1,0 +1,73 @@
+// Platform threads post events while the browser thread ticks and handles the browser
+// core's notifications: the queue is the only place where they meet.
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "BroadcastFixture.h"
+
+using namespace tesmo_test;
+
+namespace {
+
+using ThreadedEventsTest = BroadcastTest;
+
+TEST_F(ThreadedEventsTest, FourPlatformThreadsAgainstTheBrowserThread)
+{
+    postSection(autostartSection());
+    tickAll();
+    DAXO_TesmoWindow* browser = appWindow();
+    ASSERT_NE(browser, nullptr);
+
+    const int threads = 4;
+    const int perThread = 2000;
+    std::atomic<int> finished{0};
+    std::vector<std::thread> platformThreads;
+    for (int t = 0; t < threads; ++t)
+        platformThreads.emplace_back([t, &finished] {
+            for (int i = 0; i < perThread; ++i) {
+                HBBTV_EventData* data = platformEvent();
+                switch (i % 4) {
+                case 0:
+                    data->terminal_identity.version = uint16_t(t);
+                    data->terminal_identity.strings[0] = platformString("thread");
+                    tesmo_hbbtv_send_event(HBBTV_EVENT_TERMINAL_IDENTITY, data);
+                    break;
+                case 1:
+                    tesmo_hbbtv_send_event(i % 8 == 1 ? HBBTV_EVENT_BROADBAND_DOWN : HBBTV_EVENT_BROADBAND_UP, data);
+                    break;
+                case 2:
+                    data->platform_profiles.profiles = uint16_t(i);
+                    tesmo_hbbtv_send_event(HBBTV_EVENT_PLATFORM_PROFILES, data);
+                    break;
+                default:
+                    tesmo_hbbtv_send_event(HBBTV_EVENT_LOW_MEMORY, data);
+                    break;
+                }
+            }
+            ++finished;
+        });
+
+    // The browser thread: ticks, and answers the core's script requests meanwhile.
+    int requests = 0;
+    for (;;) {
+        const bool done = finished.load() == threads;
+        for (int i = 0; i < 64; ++i)
+            tesmo_hbbtv_tick();
+        DAXO_RequestRecord request{"http://app1.tv/", "http://app1.tv/x", 0};
+        int result = 0;
+        tesmo_hbbtv_handle_notification(nullptr, browser, DAXO_TESMO_EVT_XHR_REQUEST, &request, &result);
+        ++requests;
+        if (done)
+            break;
+    }
+    for (auto& t : platformThreads)
+        t.join();
+    for (int i = 0; i < threads * perThread; ++i)  // one tick per event is always enough
+        tesmo_hbbtv_tick();
+    EXPECT_EQ(world().callsTo("tm_set_uastring_extension").size(), size_t(threads * perThread / 4));
+    EXPECT_GT(requests, 0);
+}
+
+} // namespace
