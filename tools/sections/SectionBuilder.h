@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_TESTS_SECTIONBUILDER_H
-#define TESMO_HBBTV_TESTS_SECTIONBUILDER_H
+#ifndef TESMO_HBBTV_TOOLS_SECTIONBUILDER_H
+#define TESMO_HBBTV_TOOLS_SECTIONBUILDER_H
 
 // Composes AIT and PMT sections from named fields, CRC included, so that a test reads like
 // the broadcast it models.
@@ -91,6 +91,20 @@ struct Stream {
     Bytes descriptors;
 };
 Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors = {});
+
+// ---- PAT and SDT sections ----
+struct Program {
+    uint16_t number;
+    uint16_t pmtPid;
+};
+Bytes patSection(uint16_t transportStreamId, const std::vector<Program>& programs);
+
+struct SdtService {
+    uint16_t serviceId;
+    std::string provider;
+    std::string name;
+};
+Bytes sdtSection(uint16_t transportStreamId, uint16_t originalNetworkId, const std::vector<SdtService>& services);
 
 Bytes concat(std::initializer_list<Bytes> parts);
 

@@ -213,6 +213,39 @@ Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, con
     return finishSection(out);
 }
 
+Bytes patSection(uint16_t transportStreamId, const std::vector<Program>& programs)
+{
+    Bytes out{0x00, 0xB0, 0x00};
+    put16(out, transportStreamId);
+    out.insert(out.end(), {0xC1, 0x00, 0x00});
+    for (const Program& p : programs) {
+        put16(out, p.number);
+        put16(out, uint16_t(0xE000 | p.pmtPid));
+    }
+    return finishSection(out);
+}
+
+Bytes sdtSection(uint16_t transportStreamId, uint16_t originalNetworkId, const std::vector<SdtService>& services)
+{
+    Bytes out{0x42, 0xF0, 0x00};
+    put16(out, transportStreamId);
+    out.insert(out.end(), {0xC1, 0x00, 0x00});
+    put16(out, originalNetworkId);
+    out.push_back(0xFF);
+    for (const SdtService& s : services) {
+        Bytes body{0x01, uint8_t(s.provider.size())};  // digital television service
+        append(body, s.provider);
+        body.push_back(uint8_t(s.name.size()));
+        append(body, s.name);
+        const Bytes serviceDescriptor = descriptor(0x48, body);
+        put16(out, s.serviceId);
+        out.push_back(0xFC);  // no EIT
+        put16(out, uint16_t(0x8000 | serviceDescriptor.size()));  // running, free
+        append(out, serviceDescriptor);
+    }
+    return finishSection(out);
+}
+
 Bytes concat(std::initializer_list<Bytes> parts)
 {
     Bytes out;

@@ -1,0 +1,46 @@
+#ifndef TESMO_HBBTV_SIM_OPTIONS_H
+#define TESMO_HBBTV_SIM_OPTIONS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct KeyPress {
+    std::string name;
+    int32_t code;
+    uint64_t tick;
+};
+
+struct StatusRule {
+    std::string pattern;
+    int code;
+};
+
+struct Options {
+    std::string capture;  // empty: the bundled sample
+    std::optional<uint16_t> service;
+    uint16_t profiles = 0;
+    bool hbbtv121 = false;
+    bool noBroadband = false;
+    bool timeShift = false;
+    std::vector<std::string> failPatterns;
+    std::vector<StatusRule> statusRules;
+    std::string carouselDir;
+    std::vector<KeyPress> keys;
+    std::string script;
+    uint64_t sectionInterval = 5;
+    uint64_t idleTicks = 30;
+    bool json = false;
+    int verbosity = 0;
+    bool dumpAit = false;
+};
+
+// False with a message on a bad option; help sets wantHelp.
+bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp);
+std::string usage();
+
+// A key by name (RED, GREEN, 0-9, A-Z, UP, ENTER, ...) or number; false when unknown.
+bool keyCode(const std::string& name, int32_t& code);
+
+#endif

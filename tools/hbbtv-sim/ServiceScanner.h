@@ -1,0 +1,29 @@
+#ifndef TESMO_HBBTV_SIM_SERVICESCANNER_H
+#define TESMO_HBBTV_SIM_SERVICESCANNER_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "TransportStream.h"
+
+// What a PMT signals about application information tables.
+struct AitStream {
+    uint16_t pid;
+    std::vector<uint16_t> applicationTypes;  // from the application_signalling_descriptor
+    bool isHbbTV() const;
+};
+
+struct Service {
+    uint16_t serviceId;
+    uint16_t pmtPid;
+    std::string name;
+    std::string provider;
+    std::vector<AitStream> aitStreams;
+    const AitStream* hbbtvStream() const;
+};
+
+// The services of a stream, from its PAT, PMTs (read with the library's PMT) and SDT.
+std::vector<Service> scanServices(const TransportStream& stream);
+
+#endif

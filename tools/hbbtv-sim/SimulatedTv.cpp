@@ -1,0 +1,698 @@
+#include "SimulatedTv.h"
+
+#include <fnmatch.h>
+
+#include <cinttypes>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "UrlResolver.h"
+#include "tesmo_hbbtv/bindings.h"
+#include "tesmo_hbbtv/platform.h"
+
+namespace {
+
+const size_t CAROUSEL_PIECE = 4096;
+const long FREE_MEMORY = 64L * 1024 * 1024;
+const uint64_t TICK_LIMIT = 1000000;
+
+std::string hex(unsigned long long value, int width = 0)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "0x%0*llX", width, value);
+    return text;
+}
+
+std::string applicationName(uint32_t organisationId, uint16_t applicationId)
+{
+    return hex(organisationId) + "." + hex(applicationId);
+}
+
+HBBTV_EventData* newEvent()
+{
+    return static_cast<HBBTV_EventData*>(std::calloc(1, sizeof(HBBTV_EventData)));
+}
+
+std::string mimeTypeOf(const std::string& path)
+{
+    static const std::pair<const char*, const char*> types[] = {
+        {".html", "application/vnd.hbbtv.xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"},
+        {".png", "image/png"}, {".jpg", "image/jpeg"}, {".xml", "application/vnd.dvb.ait+xml"}};
+    for (const auto& type : types) {
+        const size_t n = std::strlen(type.first);
+        if (path.size() >= n && path.compare(path.size() - n, n, type.first) == 0)
+            return type.second;
+    }
+    return "application/octet-stream";
+}
+
+const char* notificationName(HBBTV_NotificationType type)
+{
+    static const char* const names[] = {"APPLICATION_START", "APPLICATION_STOP",        "AIT_UPDATE",    "TRUSTED",
+                                        "BROADCAST_RELATED_CHANGE", "XHR",             "REQUEST_WINDOW", "RELEASE_WINDOW",
+                                        "SHOW_WINDOW",       "HIDE_WINDOW",             "KEYSET_CHANGED", "GET_FREE_MEMORY"};
+    return type >= 0 && type <= 11 ? names[type] : "UNKNOWN";
+}
+
+std::string urlsJson(const HBBTV_AITApplicationInfo& info)
+{
+    std::string json = "[";
+    for (int32_t u = 0; u < info.num_urls; ++u)
+        json += (u ? "," : "") + (info.urls[u] ? JsonLine::quote(info.urls[u]) : std::string("null"));
+    return json + "]";
+}
+
+JsonLine notificationJson(HBBTV_NotificationType type, const HBBTV_NotificationData* data)
+{
+    JsonLine line;
+    line.field("notification", notificationName(type));
+    if (!data)
+        return line.raw("data", "null");
+    switch (type) {
+    case HBBTV_NOTIFICATION_APPLICATION_START:
+    case HBBTV_NOTIFICATION_APPLICATION_STOP:
+    case HBBTV_NOTIFICATION_TRUSTED:
+    case HBBTV_NOTIFICATION_BROADCAST_RELATED_CHANGE: {
+        const HBBTV_ApplicationNotificationData& a = data->application;
+        line.pointer("window", a.window).field("flag_a", a.flag_a).field("flag_b", a.flag_b).field("flag_c", a.flag_c);
+        line.field("organisation_id", a.organisation_id).field("application_id", a.application_id).field("url", a.url);
+        line.raw("reactivate_ait", a.reactivate_ait ? (*a.reactivate_ait ? "true" : "false") : "null");
+        return line.field("usage_type", a.usage_type).field("action", a.action);
+    }
+    case HBBTV_NOTIFICATION_AIT_UPDATE: {
+        const HBBTV_AITNotificationData& u = data->ait;
+        std::string apps = "[";
+        for (int32_t i = 0; i < u.num_applications; ++i) {
+            const HBBTV_AITApplicationInfo& info = u.applications[i];
+            JsonLine app;
+            app.field("name", info.name).field("organisation_id", info.organisation_id);
+            app.field("application_id", info.application_id).raw("urls", urlsJson(info));
+            app.field("usage_type", info.usage_type).field("control_code", info.control_code);
+            apps += (i ? "," : "") + app.str();
+        }
+        line.pointer("window", u.window).field("is_xml_ait", u.is_xml_ait).field("num_applications", u.num_applications);
+        return line.raw("applications", apps + "]").field("was_corrected", u.was_corrected);
+    }
+    case HBBTV_NOTIFICATION_XHR:
+        return line.field("base_url", data->xhr.base_url).field("target_url", data->xhr.target_url).field("permission", data->xhr.permission);
+    case HBBTV_NOTIFICATION_REQUEST_WINDOW:
+        return line.pointer("window_slot", data->request_window.window_slot).field("granted", data->request_window.granted).pointer("window", data->request_window.window);
+    case HBBTV_NOTIFICATION_RELEASE_WINDOW:
+        return line.pointer("window_slot", data->release_window.window_slot).field("released", data->release_window.released);
+    case HBBTV_NOTIFICATION_SHOW_WINDOW:
+    case HBBTV_NOTIFICATION_HIDE_WINDOW:
+        return line.pointer("window_slot", data->visibility.window_slot);
+    case HBBTV_NOTIFICATION_KEYSET_CHANGED:
+        return line.pointer("daxo_window", data->keyset_changed.daxo_window).field("keyset", data->keyset_changed.keyset);
+    case HBBTV_NOTIFICATION_GET_FREE_MEMORY:
+        return line.field("free_memory", *data->get_free_memory.free_memory);
+    }
+    return line;
+}
+
+} // namespace
+
+SimulatedTv& SimulatedTv::get()
+{
+    static SimulatedTv tv;
+    return tv;
+}
+
+void SimulatedTv::configure(const Options& opts, Timeline& timeline)
+{
+    options = &opts;
+    out = &timeline;
+    failPatterns = opts.failPatterns;
+    statusRules = opts.statusRules;
+}
+
+// ---------------------------------------------------------------- the run
+
+void SimulatedTv::run(const std::vector<TimedSection>& sections, const ServiceIds& ids,
+                      const std::vector<ScriptAction>& script)
+{
+    tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0x7E50));
+    // The library's warnings say why it refused something; readable mode shows them.
+    static const int levels[] = {3, 2, 1};
+    if (options->verbosity > 0 || !out->isJson())
+        tesmo_hbbtv_add_log_output(levels[options->verbosity], out->isJson() ? "/dev/stderr" : nullptr);
+    tesmo_hbbtv_add_notification_listener(&SimulatedTv::listen);
+    window = tesmo_hbbtv_create_window();
+    tesmo_hbbtv_set_broadcast_window(window);
+
+    HBBTV_EventData* identity = newEvent();
+    identity->terminal_identity.version = options->hbbtv121 ? 2 : 1;
+    identity->terminal_identity.strings[1] = strdup("tesmo");
+    identity->terminal_identity.strings[2] = strdup("hbbtv-sim");
+    postEvent(HBBTV_EVENT_TERMINAL_IDENTITY, identity);
+    HBBTV_EventData* profiles = newEvent();
+    profiles->platform_profiles.profiles = options->profiles;
+    postEvent(HBBTV_EVENT_PLATFORM_PROFILES, profiles);
+    if (options->noBroadband)
+        postEvent(HBBTV_EVENT_BROADBAND_DOWN);
+    if (options->timeShift)
+        tesmo_hbbtv_set_time_shifted(window, 1);
+
+    uint64_t lastScheduled = sections.size() * options->sectionInterval;
+    for (const KeyPress& key : options->keys)
+        lastScheduled = std::max(lastScheduled, key.tick);
+    for (const ScriptAction& action : script)
+        lastScheduled = std::max(lastScheduled, action.tick);
+
+    for (tick = 0; tick < TICK_LIMIT; ++tick) {
+        out->setTick(tick);
+        step(sections, ids, script);
+        if (tick > lastScheduled && tick - lastActivity > options->idleTicks && loads.empty())
+            break;
+    }
+    tesmo_hbbtv_shutdown();
+}
+
+void SimulatedTv::step(const std::vector<TimedSection>& sections, const ServiceIds& ids,
+                       const std::vector<ScriptAction>& script)
+{
+    if (tick % options->sectionInterval == 0 && tick / options->sectionInterval < sections.size())
+        postSection(sections[tick / options->sectionInterval], ids);
+    for (const KeyPress& key : options->keys)
+        if (key.tick == tick)
+            pressKey(key.name, key.code);
+    for (const ScriptAction& action : script)
+        if (action.tick == tick)
+            perform(action);
+    tesmo_hbbtv_tick();
+    completeLoads();
+    checkTableAcceptance();
+}
+
+void SimulatedTv::postSection(const TimedSection& section, const ServiceIds& ids)
+{
+    const DecodedAit ait = decodeAit(section.bytes);
+    if (ait.readable && shownSections.insert({ait.version, ait.sectionNumber}).second) {
+        out->say("AIT v" + std::to_string(ait.version) + " section " + std::to_string(ait.sectionNumber) + "/" +
+                 std::to_string(ait.lastSectionNumber) + " (packet " + std::to_string(section.packet) + "): " +
+                 std::to_string(ait.applications.size()) + " application(s)");
+        for (const DecodedApplication& app : ait.applications) {
+            std::string line = applicationName(app.organisationId, app.applicationId) + " \"" + app.name + "\" " +
+                               controlCodeName(app.controlCode) + ", priority " + std::to_string(app.priority);
+            for (const DecodedProfile& p : app.profiles)
+                line += ", profile " + hex(p.profile, 4) + " version " + std::to_string(p.major) + "." +
+                        std::to_string(p.minor) + "." + std::to_string(p.micro);
+            if (app.serviceBound)
+                line += ", service-bound";
+            out->detail(line);
+            for (const DecodedTransport& t : app.transports)
+                out->detail("  transport " + std::to_string(t.label) + ": " + t.describe());
+            if (!app.location.empty())
+                out->detail("  location " + app.location);
+        }
+    }
+    if (ait.readable) {
+        postedSections[ait.version].insert(ait.sectionNumber);
+        lastSectionOfVersion[ait.version] = ait.lastSectionNumber;
+    }
+    HBBTV_EventData* data = newEvent();
+    data->ait_section.section = static_cast<unsigned char*>(std::malloc(section.bytes.size()));
+    std::memcpy(data->ait_section.section, section.bytes.data(), section.bytes.size());
+    data->ait_section.original_network_id = ids.originalNetworkId;
+    data->ait_section.transport_stream_id = ids.transportStreamId;
+    data->ait_section.service_id = ids.serviceId;
+    data->ait_section.ait_present = 1;
+    postEvent(HBBTV_EVENT_AIT_SECTION, data);
+}
+
+// Every section of a version has been through the library and it did not complete the
+// table: say so once, since the library itself reports nothing on a refused section.
+void SimulatedTv::checkTableAcceptance()
+{
+    for (const auto& posted : postedSections) {
+        const int version = posted.first;
+        if (completedVersions.count(version) || reportedVersions.count(version))
+            continue;
+        if (posted.second.size() < size_t(lastSectionOfVersion[version]) + 1)
+            continue;
+        if (tick < lastActivity + options->sectionInterval)
+            continue;
+        reportedVersions.insert(version);
+        out->say("AIT v" + std::to_string(version) + ": every section was posted, but the library did not complete the table");
+    }
+}
+
+void SimulatedTv::postEvent(HBBTV_EventType type, HBBTV_EventData* data)
+{
+    tesmo_hbbtv_send_event(type, data ? data : newEvent());
+}
+
+// ---------------------------------------------------------------- loads
+
+void SimulatedTv::completeLoads()
+{
+    std::vector<Load> due;
+    for (auto it = loads.begin(); it != loads.end();) {
+        if (it->due <= tick) {
+            due.push_back(*it);
+            it = loads.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    for (const Load& load : due)
+        if (browserWindows.count(load.window))
+            loadPage(load);
+}
+
+void SimulatedTv::reportLoad(DAXO_TesmoWindow* browserWindow, int id, int32_t outcome, int16_t status)
+{
+    DAXO_LoadRecord record{};
+    record.outcome = outcome;
+    record.http_status = status;
+    int result = 0;
+    tesmo_hbbtv_handle_notification(nullptr, browserWindow, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr,
+                                    &result);
+}
+
+void SimulatedTv::loadPage(const Load& load)
+{
+    activity();
+    if (load.url.compare(0, 4, "dvb:") == 0)
+        return loadFromCarousel(load);
+    if (shouldFail(load.url)) {
+        out->say("load failed: " + load.url + " in " + windowName(load.window));
+        return reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
+    }
+    const int status = statusFor(load.url);
+    out->say((status == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(status) + ": ") + load.url + " in " +
+             windowName(load.window));
+    reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status));
+}
+
+// The core asks the library for the resource as a protocol stream, then reports the page
+// by how the stream ended, and drops the stream.
+void SimulatedTv::loadFromCarousel(const Load& load)
+{
+    void* stream = reinterpret_cast<void*>(nextStream++);
+    streams[stream] = StreamState::OPEN;
+    DAXO_ProtocolRecord record{load.url.c_str(), nullptr, stream};
+    int result = 0;
+    const bool handled = tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START,
+                                                         &record, &result);
+    const StreamState state = streams[stream];
+    if (!handled || state == StreamState::OPEN) {
+        out->say("load failed: " + load.url + " (no carousel stream)");
+        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
+    } else if (state == StreamState::FINISHED) {
+        out->say("loaded from the carousel: " + load.url + " (" + std::to_string(streamBytes[stream]) + " bytes) in " +
+                 windowName(load.window));
+        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 200);
+    } else {
+        out->say("carousel 404: " + load.url);
+        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 404);
+    }
+    tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &record, &result);
+    streams.erase(stream);
+    streamBytes.erase(stream);
+}
+
+bool SimulatedTv::shouldFail(const std::string& url)
+{
+    if (failNextLoad) {
+        failNextLoad = false;
+        return true;
+    }
+    for (const std::string& pattern : failPatterns)
+        if (fnmatch(pattern.c_str(), url.c_str(), 0) == 0)
+            return true;
+    return false;
+}
+
+int SimulatedTv::statusFor(const std::string& url) const
+{
+    for (const StatusRule& rule : statusRules)
+        if (fnmatch(rule.pattern.c_str(), url.c_str(), 0) == 0)
+            return rule.code;
+    return 200;
+}
+
+// ---------------------------------------------------------------- keys and the script
+
+DAXO_TesmoWindow* SimulatedTv::activeWindow() const
+{
+    return browserWindows.count(lastOpened) ? lastOpened : nullptr;
+}
+
+std::string SimulatedTv::windowName(const DAXO_TesmoWindow* browserWindow) const
+{
+    auto found = browserWindows.find(const_cast<DAXO_TesmoWindow*>(browserWindow));
+    return found == browserWindows.end() ? "an unknown window" : "browser window #" + std::to_string(found->second.number);
+}
+
+void* SimulatedTv::runningApplicationId()
+{
+    DAXO_TesmoWindow* active = activeWindow();
+    void* id = nullptr;
+    if (active)
+        native_AppManGetApplicationId(browserWindows[active].number, &id);
+    return id;
+}
+
+void SimulatedTv::pressKey(const std::string& name, int32_t code)
+{
+    DAXO_TesmoWindow* active = activeWindow();
+    const bool delivered = active && tesmo_hbbtv_key_input(active, 0, code, 0);
+    out->say("key " + name + (delivered ? " delivered to the application" : " refused: not in the application's key set"));
+    activity();
+}
+
+void SimulatedTv::perform(const ScriptAction& action)
+{
+    activity();
+    const std::string& verb = action.verb;
+    if (verb == "key") {
+        int32_t code = 0;
+        if (keyCode(action.argument, code))
+            pressKey(action.argument, code);
+        else
+            out->say("script line " + std::to_string(action.line) + ": unknown key " + action.argument);
+    } else if (verb == "fail") {
+        failPatterns.push_back(action.argument);
+        out->say("from now on, loads of " + action.argument + " fail");
+    } else if (verb == "load-fail") {
+        failNextLoad = true;
+    } else if (verb == "status") {
+        const size_t equals = action.argument.rfind('=');
+        statusRules.insert(statusRules.begin(), {action.argument.substr(0, equals), std::atoi(action.argument.c_str() + equals + 1)});
+    } else if (verb == "service-change") {
+        out->say("service change: the AIT is withdrawn");
+        postEvent(HBBTV_EVENT_AIT_WITHDRAWN);
+    } else if (verb == "broadband") {
+        out->say("broadband " + action.argument);
+        postEvent(action.argument == "off" ? HBBTV_EVENT_BROADBAND_DOWN : HBBTV_EVENT_BROADBAND_UP);
+    } else if (verb == "start-url") {
+        HBBTV_EventData* data = newEvent();
+        data->start_broadcast_independent.window = window;
+        data->start_broadcast_independent.url = strdup(action.argument.c_str());
+        out->say("the platform starts " + action.argument);
+        postEvent(HBBTV_EVENT_START_BROADCAST_INDEPENDENT, data);
+    } else if (verb == "terminate") {
+        HBBTV_EventData* data = newEvent();
+        data->terminate_application.window = window;
+        out->say("the platform terminates the running application");
+        postEvent(HBBTV_EVENT_TERMINATE_APPLICATION, data);
+    } else if (verb == "low-memory") {
+        out->say("the platform reports low memory");
+        postEvent(HBBTV_EVENT_LOW_MEMORY);
+    } else if (verb == "time-shift") {
+        const bool on = action.argument == "on";
+        out->say(std::string("time shift ") + (on ? "on" : "off") + ": " +
+                 (tesmo_hbbtv_set_time_shifted(window, on) == HBBTV_STATUS_OK ? "changed" : "unchanged"));
+    } else {
+        performBinding(action);
+    }
+}
+
+// Actions of the running application's page, through the script bindings.
+void SimulatedTv::performBinding(const ScriptAction& action)
+{
+    const std::string& verb = action.verb;
+    void* id = runningApplicationId();
+    if (verb == "create-application") {
+        void* created = nullptr;
+        const int result = native_ApplicationCreateApplication(action.argument.c_str(), 0, id, &created);
+        out->say("the page creates " + action.argument + ": result " + std::to_string(result));
+    } else if (verb == "destroy-application") {
+        out->say("the page destroys its application: result " + std::to_string(native_ApplicationDestroyApplication(id)));
+    } else if (verb == "show" || verb == "hide") {
+        const int result = verb == "show" ? native_ApplicationShow(id) : native_ApplicationHide(id);
+        out->say("the page asks to " + verb + " its application: result " + std::to_string(result));
+    } else if (verb == "keyset") {
+        double stored = 0;
+        const int result = native_KeySetSetValue(id, std::strtod(action.argument.c_str(), nullptr), &stored);
+        out->say("the page sets its key set to " + action.argument + ": result " + std::to_string(result) + ", now " +
+                 hex((unsigned long long)stored));
+    } else if (verb == "xml-ait") {
+        auto ait = std::make_unique<XmlAit>();
+        std::string error;
+        if (!ait->load(action.argument, error)) {
+            out->say(error);
+            return;
+        }
+        int result = 99;
+        const bool handled = tesmo_hbbtv_handle_notification(nullptr, activeWindow(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
+        out->say("the page delivers the XML AIT " + action.argument + ": " +
+                 (handled ? "result " + std::to_string(result) : std::string("not for the library")));
+        xmlAits.push_back(std::move(ait));
+    }
+}
+
+// ---------------------------------------------------------------- the browser core
+
+int SimulatedTv::openUrl(DAXO_TesmoWindow* browserWindow, const char* url)
+{
+    activity();
+    const std::string text = url ? url : "";
+    out->record(JsonLine().field("call", "tm_open_url").pointer("window", browserWindow).field("url", url));
+    out->say("open " + text + " in " + windowName(browserWindow));
+    if (browserWindows.count(browserWindow)) {
+        browserWindows[browserWindow].url = text;
+        lastOpened = browserWindow;
+    }
+    loads.push_back({browserWindow, text, tick + 1});
+    return 0;
+}
+
+void SimulatedTv::clearHistory(DAXO_TesmoWindow* browserWindow)
+{
+    out->record(JsonLine().field("call", "tm_clear_history").pointer("window", browserWindow));
+}
+
+int SimulatedTv::loadingUrl(DAXO_TesmoWindow* browserWindow, const char** url, int flags)
+{
+    out->record(JsonLine().field("call", "tm_get_loading_url").pointer("window", browserWindow).field("flags", flags));
+    auto found = browserWindows.find(browserWindow);
+    if (found == browserWindows.end())
+        return -1;
+    *url = found->second.url.c_str();
+    return 0;
+}
+
+int SimulatedTv::windowOfHandle(long handle, DAXO_TesmoWindow** browserWindow)
+{
+    out->record(JsonLine().field("call", "tm_get_window").field("handle", handle));
+    *browserWindow = nullptr;
+    for (auto& entry : browserWindows)
+        if (entry.second.number == handle)
+            *browserWindow = entry.first;
+    return *browserWindow ? 0 : -1;
+}
+
+int SimulatedTv::resolveRelative(const char* base, const char* relative, char** result)
+{
+    resolved = resolveUrl(base ? base : "", relative ? relative : "");
+    out->record(JsonLine().field("call", "tm_resolve_relative_url").field("base", base).field("relative", relative).field("result", resolved));
+    *result = &resolved[0];
+    return 0;
+}
+
+void SimulatedTv::protocolMimeType(void* stream, const char* mime)
+{
+    out->record(JsonLine().field("call", "tm_protocol_set_mime_type").pointer("stream", stream).field("mime_type", mime));
+}
+
+void SimulatedTv::protocolWrite(void* stream, unsigned int length)
+{
+    out->record(JsonLine().field("call", "tm_protocol_write").pointer("stream", stream).field("length", length));
+    streamBytes[stream] += length;
+}
+
+void SimulatedTv::protocolEnd(void* stream, int status, bool finished)
+{
+    out->record(JsonLine().field("call", finished ? "tm_protocol_finished" : "tm_protocol_failed").pointer("stream", stream).field("status", status));
+    if (streams.count(stream))
+        streams[stream] = finished ? StreamState::FINISHED : StreamState::FAILED;
+}
+
+void SimulatedTv::userAgent(const char* text)
+{
+    out->record(JsonLine().field("call", "tm_set_uastring_extension").field("text", text));
+    out->say(std::string("user-agent extension: ") + (text ? text : ""));
+}
+
+void SimulatedTv::keyboard(int action, DAXO_KEY_SYM key, uint8_t modifiers)
+{
+    out->record(JsonLine().field("call", "daxo_keyboard_evt").field("action", action).field("key", key).field("modifiers", modifiers));
+}
+
+// ---------------------------------------------------------------- the platform
+
+void SimulatedTv::platformCall(const char* name)
+{
+    out->record(JsonLine().field("call", name));
+}
+
+void SimulatedTv::aitCompleted(int version)
+{
+    activity();
+    completedVersions.insert(version);
+    out->record(JsonLine().field("call", "hbbtv_ait_completed").field("version_number", version));
+    out->say("AIT v" + std::to_string(version) + " complete: the library takes it");
+}
+
+int SimulatedTv::carouselGetFile(const char* path, void* id)
+{
+    const std::string text = path ? path : "";
+    out->record(JsonLine().field("call", "dsmcc_get_file").field("path", path).pointer("id", id));
+    const size_t slash = text.find('/');
+    const std::string file = options->carouselDir + "/" + (slash == std::string::npos ? "" : text.substr(slash + 1));
+    std::ifstream in(file, std::ios::binary);
+    if (options->carouselDir.empty() || !in || slash == std::string::npos) {
+        out->say("carousel: no file for " + text);
+        return DSMCC_FILE_ERROR_CODE;
+    }
+    OpenFile& open = files[id];
+    open.bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    open.offset = 0;
+    open.mime = mimeTypeOf(file);
+    return DSMCC_OK;
+}
+
+int SimulatedTv::carouselMimeType(void* id, char** mime)
+{
+    out->record(JsonLine().field("call", "dsmcc_get_mime_type").pointer("id", id));
+    auto found = files.find(id);
+    if (found == files.end())
+        return DSMCC_UNKNOWN_ID;
+    *mime = strdup(found->second.mime.c_str());
+    return DSMCC_OK;
+}
+
+int SimulatedTv::carouselRead(void* id, const unsigned char** data, unsigned int* length)
+{
+    out->record(JsonLine().field("call", "dsmcc_read").pointer("id", id));
+    auto found = files.find(id);
+    if (found == files.end())
+        return DSMCC_UNKNOWN_ID;
+    OpenFile& file = found->second;
+    const size_t piece = std::min(CAROUSEL_PIECE, file.bytes.size() - file.offset);
+    *data = reinterpret_cast<const unsigned char*>(file.bytes.data() + file.offset);
+    *length = static_cast<unsigned int>(piece);
+    file.offset += piece;
+    return DSMCC_OK;
+}
+
+int SimulatedTv::carouselClose(void* id)
+{
+    out->record(JsonLine().field("call", "dsmcc_close_file").pointer("id", id));
+    files.erase(id);
+    return DSMCC_OK;
+}
+
+// One carousel per dvb:// host.
+int SimulatedTv::sameCarousel(const char* url, const char* other, int* same)
+{
+    out->record(JsonLine().field("call", "dsmcc_same_carousel").field("url", url).field("other_url", other));
+    auto host = [](const std::string& text) {
+        const size_t slash = text.find('/', 6);
+        return text.compare(0, 6, "dvb://") == 0 ? text.substr(0, slash) : std::string("\x01");
+    };
+    *same = host(url ? url : "") == host(other ? other : "");
+    return DSMCC_OK;
+}
+
+void SimulatedTv::streamEventCall(JsonLine line, const std::string& text)
+{
+    out->record(std::move(line));
+    out->say(text);
+}
+
+// ---------------------------------------------------------------- notifications
+
+HBBTV_STATUS SimulatedTv::listen(HBBTV_NotificationType type, HBBTV_NotificationData* data)
+{
+    get().onNotification(type, data);
+    return HBBTV_STATUS_OK;
+}
+
+void SimulatedTv::onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data)
+{
+    activity();
+    if (type == HBBTV_NOTIFICATION_REQUEST_WINDOW && data) {
+        auto* granted = reinterpret_cast<DAXO_TesmoWindow*>(uintptr_t(0x10000) * uintptr_t(++windowsGranted));
+        browserWindows[granted] = {windowsGranted, ""};
+        *data->request_window.window_slot = granted;
+        data->request_window.granted = 1;
+    }
+    if (type == HBBTV_NOTIFICATION_RELEASE_WINDOW && data)
+        data->release_window.released = 1;
+    if (type == HBBTV_NOTIFICATION_GET_FREE_MEMORY && data)
+        *data->get_free_memory.free_memory = FREE_MEMORY;
+    out->record(notificationJson(type, data));
+    if (!data)
+        return out->say("AIT update without a table");
+
+    switch (type) {
+    case HBBTV_NOTIFICATION_APPLICATION_START:
+    case HBBTV_NOTIFICATION_APPLICATION_STOP:
+    case HBBTV_NOTIFICATION_BROADCAST_RELATED_CHANGE:
+    case HBBTV_NOTIFICATION_TRUSTED:
+        return describeApplicationNotification(type, data->application);
+    case HBBTV_NOTIFICATION_AIT_UPDATE:
+        return describeAitUpdate(data->ait);
+    case HBBTV_NOTIFICATION_REQUEST_WINDOW:
+        return out->say(windowName(*data->request_window.window_slot) + " granted");
+    case HBBTV_NOTIFICATION_RELEASE_WINDOW: {
+        DAXO_TesmoWindow* released = *data->release_window.window_slot;
+        out->say(windowName(released) + " released");
+        browserWindows.erase(released);
+        return;
+    }
+    case HBBTV_NOTIFICATION_SHOW_WINDOW:
+    case HBBTV_NOTIFICATION_HIDE_WINDOW:
+        return out->say(windowName(*data->visibility.window_slot) +
+                        (type == HBBTV_NOTIFICATION_SHOW_WINDOW ? " shown" : " hidden"));
+    case HBBTV_NOTIFICATION_KEYSET_CHANGED:
+        return out->say("key set of " + windowName(data->keyset_changed.daxo_window) + " now " +
+                        hex((unsigned)data->keyset_changed.keyset, 3));
+    case HBBTV_NOTIFICATION_XHR:
+        return out->say(std::string("script request for ") + data->xhr.target_url);
+    case HBBTV_NOTIFICATION_GET_FREE_MEMORY:
+        return out->say("free memory asked: " + std::to_string(FREE_MEMORY) + " bytes");
+    }
+}
+
+void SimulatedTv::describeApplicationNotification(HBBTV_NotificationType type, const HBBTV_ApplicationNotificationData& app)
+{
+    const std::string who = app.organisation_id || app.application_id
+                                ? applicationName(app.organisation_id, app.application_id)
+                                : std::string("a broadband application");
+    switch (type) {
+    case HBBTV_NOTIFICATION_APPLICATION_START:
+        out->say("start requested: " + who + " " + app.url + (app.flag_c ? " (AUTOSTART)" : "") +
+                 (app.action == HBBTV_APPLICATION_ACTION_BLOCK_AND_KILL ? ", blocked: invalid application id" : ""));
+        return;
+    case HBBTV_NOTIFICATION_APPLICATION_STOP:
+        out->say("stopped: " + who + " " + app.url +
+                 (app.reactivate_ait && *app.reactivate_ait ? " (the broadcast AIT is activated again)" : ""));
+        return;
+    case HBBTV_NOTIFICATION_BROADCAST_RELATED_CHANGE:
+        // Announced while the application is built, before its identifiers are copied.
+        out->say(std::string(app.url) + " is now " + (app.flag_a ? "broadcast-related" : "broadcast-independent"));
+        return;
+    default:
+        out->say("trust asked for " + std::string(app.url) + ": " + (app.flag_b ? "trusted" : "not trusted"));
+        return;
+    }
+}
+
+void SimulatedTv::describeAitUpdate(const HBBTV_AITNotificationData& update)
+{
+    out->say(std::string(update.is_xml_ait ? "XML " : "") + "AIT handed to the platform: " +
+             std::to_string(update.num_applications) + " application(s)" + (update.was_corrected ? ", corrected" : ""));
+    for (int32_t i = 0; i < update.num_applications; ++i) {
+        const HBBTV_AITApplicationInfo& info = update.applications[i];
+        out->detail(applicationName(info.organisation_id, info.application_id) + " control code " +
+                    std::to_string(info.control_code) + ", " + std::to_string(info.num_urls) + " URL(s), last transport first");
+        for (int32_t u = 0; u < info.num_urls; ++u)
+            out->detail("  " + std::string(info.urls[u] ? info.urls[u] : "(none)"));
+    }
+}

@@ -1,0 +1,147 @@
+#include "SampleDescription.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+using namespace tesmo_test;
+
+namespace {
+
+// Words of a line; a double-quoted text is one word.
+std::vector<std::string> words(const std::string& line)
+{
+    std::vector<std::string> out;
+    std::istringstream in(line);
+    std::string word;
+    while (in >> std::ws && !in.eof()) {
+        if (in.peek() == '"') {
+            in.get();
+            std::getline(in, word, '"');
+        } else {
+            in >> word;
+        }
+        out.push_back(word);
+    }
+    return out;
+}
+
+unsigned long number(const std::string& text, bool& ok)
+{
+    char* end = nullptr;
+    const unsigned long value = std::strtoul(text.c_str(), &end, 0);
+    ok = ok && !text.empty() && *end == '\0';
+    return value;
+}
+
+uint8_t controlCode(const std::string& name, bool& ok)
+{
+    static const char* const names[] = {"AUTOSTART", "PRESENT", "DESTROY", "KILL", "PREFETCH", "REMOTE", "DISABLED"};
+    for (int i = 0; i < 7; ++i)
+        if (name == names[i])
+            return uint8_t(i + 1);
+    return uint8_t(number(name, ok));
+}
+
+// "application ORG APP CODE priority P profile MASK MAJOR.MINOR.MICRO [service-bound]"
+bool parseApplication(const std::vector<std::string>& w, SampleApplication& app)
+{
+    bool ok = w.size() >= 9 && w[4] == "priority" && w[6] == "profile";
+    if (!ok)
+        return false;
+    app.organisationId = uint32_t(number(w[1], ok));
+    app.applicationId = uint16_t(number(w[2], ok));
+    app.controlCode = controlCode(w[3], ok);
+    app.descriptor.priority = uint8_t(number(w[5], ok));
+    unsigned major = 0, minor = 0, micro = 0;
+    ok = ok && std::sscanf(w[8].c_str(), "%u.%u.%u", &major, &minor, &micro) == 3;
+    app.descriptor.profiles = {{uint16_t(number(w[7], ok)), uint8_t(major), uint8_t(minor), uint8_t(micro)}};
+    app.descriptor.serviceBound = w.size() > 9 && w[9] == "service-bound";
+    app.descriptor.labels.clear();
+    return ok;
+}
+
+// "transport LABEL http URL" or "transport LABEL carousel TAG"
+bool parseTransport(const std::vector<std::string>& w, SampleApplication& app)
+{
+    bool ok = w.size() == 4;
+    if (!ok)
+        return false;
+    const uint8_t label = uint8_t(number(w[1], ok));
+    if (w[2] == "http")
+        app.transports.push_back(httpTransport(label, w[3]));
+    else if (w[2] == "carousel")
+        app.transports.push_back(carouselTransport(label, uint8_t(number(w[3], ok))));
+    else
+        return false;
+    app.descriptor.labels.push_back(label);
+    return ok;
+}
+
+bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
+{
+    bool ok = true;
+    const std::string& key = w[0];
+    SampleApplication* app = sample.sections.empty() || sample.sections.back().empty() ? nullptr
+                                                                                        : &sample.sections.back().back();
+    if (key == "transport_stream" && w.size() == 4 && w[2] == "network") {
+        sample.transportStreamId = uint16_t(number(w[1], ok));
+        sample.originalNetworkId = uint16_t(number(w[3], ok));
+    } else if (key == "service" && w.size() == 11 && w[3] == "provider" && w[5] == "pmt" && w[7] == "ait" && w[9] == "carousel") {
+        sample.serviceId = uint16_t(number(w[1], ok));
+        sample.serviceName = w[2];
+        sample.provider = w[4];
+        sample.pmtPid = uint16_t(number(w[6], ok));
+        sample.aitPid = uint16_t(number(w[8], ok));
+        sample.carouselPid = uint16_t(number(w[10], ok));
+    } else if (key == "carousel_tag" && w.size() == 2) {
+        sample.carouselTag = uint8_t(number(w[1], ok));
+    } else if (key == "ait" && w.size() == 3 && w[1] == "version") {
+        sample.aitVersion = uint8_t(number(w[2], ok));
+    } else if (key == "section" && w.size() == 1) {
+        sample.sections.emplace_back();
+    } else if (key == "application" && !sample.sections.empty()) {
+        sample.sections.back().emplace_back();
+        return parseApplication(w, sample.sections.back().back());
+    } else if (key == "transport" && app) {
+        return parseTransport(w, *app);
+    } else if (key == "name" && app && w.size() == 2) {
+        app->name = w[1];
+    } else if (key == "location" && app && w.size() == 2) {
+        app->location = w[1];
+    } else if (key == "boundary" && app && w.size() == 2) {
+        app->boundaries.push_back(w[1]);
+    } else if (key == "repeat" && w.size() == 2) {
+        sample.repeat = int(number(w[1], ok));
+    } else {
+        return false;
+    }
+    return ok;
+}
+
+} // namespace
+
+bool parseDescription(const std::string& path, SampleDescription& sample, std::string& error)
+{
+    std::ifstream in(path);
+    if (!in) {
+        error = "cannot read " + path;
+        return false;
+    }
+    std::string line;
+    for (int n = 1; std::getline(in, line); ++n) {
+        const size_t hash = line.find('#');
+        if (hash != std::string::npos)
+            line.resize(hash);
+        const std::vector<std::string> w = words(line);
+        if (!w.empty() && !parseLine(w, sample)) {
+            error = path + ":" + std::to_string(n) + ": cannot read '" + line + "'";
+            return false;
+        }
+    }
+    if (sample.sections.empty()) {
+        error = path + ": no AIT section described";
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,40 @@
+#ifndef TESMO_HBBTV_MAKESAMPLE_SAMPLEDESCRIPTION_H
+#define TESMO_HBBTV_MAKESAMPLE_SAMPLEDESCRIPTION_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "SectionBuilder.h"
+
+// A sample stream described in words: one service, its AIT in sections, repeated.
+struct SampleApplication {
+    uint32_t organisationId = 0;
+    uint16_t applicationId = 0;
+    uint8_t controlCode = 1;
+    tesmo_test::ApplicationDescriptorFields descriptor;
+    std::string name;
+    std::string location;
+    std::vector<tesmo_test::Bytes> transports;
+    std::vector<std::string> boundaries;
+};
+
+struct SampleDescription {
+    uint16_t transportStreamId = 1;
+    uint16_t originalNetworkId = 1;
+    uint16_t serviceId = 1;
+    std::string serviceName;
+    std::string provider;
+    uint16_t pmtPid = 0x100;
+    uint16_t aitPid = 0x101;
+    uint16_t carouselPid = 0x102;
+    uint8_t carouselTag = 0;
+    uint8_t aitVersion = 0;
+    std::vector<std::vector<SampleApplication>> sections;
+    int repeat = 1;
+};
+
+// False with a message naming the line on anything it does not understand.
+bool parseDescription(const std::string& path, SampleDescription& sample, std::string& error);
+
+#endif

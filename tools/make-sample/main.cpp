@@ -1,0 +1,71 @@
+// make-sample: builds the bundled sample transport stream from its readable description.
+//   make-sample DESCRIPTION OUTPUT.ts
+
+#include <cstdio>
+#include <fstream>
+
+#include "SampleDescription.h"
+#include "TsWriter.h"
+
+using namespace tesmo_test;
+
+namespace {
+
+Bytes aitSection(const SampleDescription& sample, size_t index)
+{
+    AITSection section;
+    section.version(sample.aitVersion).number(uint8_t(index), uint8_t(sample.sections.size() - 1));
+    for (const SampleApplication& app : sample.sections[index]) {
+        App entry(app.organisationId, app.applicationId, app.controlCode);
+        entry.with(applicationDescriptor(app.descriptor));
+        if (!app.name.empty())
+            entry.with(nameDescriptor(app.name));
+        for (const Bytes& transport : app.transports)
+            entry.with(transport);
+        if (!app.location.empty())
+            entry.with(locationDescriptor(app.location));
+        if (!app.boundaries.empty())
+            entry.with(boundaryDescriptor(app.boundaries));
+        section.application(entry);
+    }
+    return section.bytes();
+}
+
+Bytes pmtOf(const SampleDescription& sample)
+{
+    const Bytes signalling = descriptor(0x6F, {0x80, 0x10, uint8_t(0xE0 | sample.aitVersion)});  // HbbTV, its version
+    const Bytes carousel = concat({descriptor(0x52, {sample.carouselTag}), descriptor(0x13, {0, 0, 0, 1, 0})});
+    return pmtSection(sample.serviceId, {{0x05, sample.aitPid, signalling}, {0x0B, sample.carouselPid, carousel}});
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: make-sample DESCRIPTION OUTPUT.ts\n");
+        return 2;
+    }
+    SampleDescription sample;
+    std::string error;
+    if (!parseDescription(argv[1], sample, error)) {
+        std::fprintf(stderr, "make-sample: %s\n", error.c_str());
+        return 2;
+    }
+    TsWriter ts;
+    for (int round = 0; round < sample.repeat; ++round) {
+        ts.writeSection(0x0000, patSection(sample.transportStreamId, {{sample.serviceId, sample.pmtPid}}));
+        ts.writeSection(sample.pmtPid, pmtOf(sample));
+        ts.writeSection(0x0011, sdtSection(sample.transportStreamId, sample.originalNetworkId,
+                                           {{sample.serviceId, sample.provider, sample.serviceName}}));
+        for (size_t i = 0; i < sample.sections.size(); ++i)
+            ts.writeSection(sample.aitPid, aitSection(sample, i));
+    }
+    std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);
+    out.write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));
+    if (!out) {
+        std::fprintf(stderr, "make-sample: cannot write %s\n", argv[2]);
+        return 2;
+    }
+    return 0;
+}
