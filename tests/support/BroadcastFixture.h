@@ -11,35 +11,15 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "LibraryFixture.h"
 #include "LogCapture.h"
-#include "PlatformListener.h"
+#include "PlatformFixture.h"
 #include "SectionBuilder.h"
 #include "tesmo_hbbtv/bindings.h"
 
 namespace tesmo_test {
 
-class BroadcastTest : public LibraryTest {
+class BroadcastTest : public PlatformTest {
 protected:
-    static DAXO_Tesmo* core() { return reinterpret_cast<DAXO_Tesmo*>(0xC0DE); }
-
-    void SetUp() override
-    {
-        LibraryTest::SetUp();
-        platform().reset();
-        tesmo_hbbtv_init(core());
-        platform().install();
-        window = tesmo_hbbtv_create_window();
-        tesmo_hbbtv_set_broadcast_window(window);
-    }
-    void TearDown() override
-    {
-        LibraryTest::TearDown();
-        platform().reset();
-    }
-
-    static PlatformListener& platform() { return PlatformListener::get(); }
-
     static void post(HBBTV_EventType type, HBBTV_EventData* data) { tesmo_hbbtv_send_event(type, data); }
 
     // An AIT section of the tuned service, as the platform's section filter hands it over.
@@ -58,12 +38,6 @@ protected:
     }
 
     static void postSimple(HBBTV_EventType type) { post(type, platformEvent()); }
-
-    static void tickAll()
-    {
-        for (int i = 0; i < 1000; ++i)
-            tesmo_hbbtv_tick();
-    }
 
     static bool notify(DAXO_TesmoWindow* browserWindow, int id, void* data, int* result)
     {
@@ -99,15 +73,6 @@ protected:
     // The browser window granted for the running application, once it was started.
     static DAXO_TesmoWindow* appWindow() { return platform().lastGrantedWindow(); }
 
-    std::vector<std::string> openedUrls() const
-    {
-        std::vector<std::string> urls;
-        for (const Call& call : FakeWorld::get().callsTo("tm_open_url"))
-            urls.push_back(call.args[1]);
-        return urls;
-    }
-
-    HBBTV_Window* window = nullptr;
 };
 
 } // namespace tesmo_test

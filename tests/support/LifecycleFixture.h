@@ -5,9 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "ExactBuffer.h"
-#include "LibraryFixture.h"
 #include "LogCapture.h"
-#include "PlatformListener.h"
+#include "PlatformFixture.h"
 #include "SectionBuilder.h"
 #include "api/ConfigurationManager.h"
 #include "api/ThreadsafeEventQueue.h"
@@ -19,27 +18,9 @@
 
 namespace tesmo_test {
 
-// An initialised library with one broadcast window and a platform listener that grants
-// browser windows. Tables go to the window through its own interface.
-class LifecycleTest : public LibraryTest {
+// Tables go to the window through its own interface.
+class LifecycleTest : public PlatformTest {
 protected:
-    void SetUp() override
-    {
-        LibraryTest::SetUp();
-        platform().reset();
-        tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0xC0DE));
-        platform().install();
-        window = tesmo_hbbtv_create_window();
-        tesmo_hbbtv_set_broadcast_window(window);
-    }
-    void TearDown() override
-    {
-        LibraryTest::TearDown();
-        platform().reset();
-    }
-
-    static PlatformListener& platform() { return PlatformListener::get(); }
-
     // A broadcast table of one section.
     static TesmoHbbTV::ref_ptr<TesmoHbbTV::AIT> table(const std::vector<App>& apps, uint8_t version = 1,
                                                        void* channel = nullptr)
@@ -77,13 +58,6 @@ protected:
         window->activateAIT();
     }
 
-    // Runs every queued event, including those queued while running.
-    static void tickAll()
-    {
-        for (int i = 0; i < 1000; ++i)
-            tesmo_hbbtv_tick();
-    }
-
     TesmoHbbTV::Application* running() const { return window->getRunningApplication(); }
     DAXO_TesmoWindow* runningBrowserWindow() const { return running() ? running()->getDaxoWindow() : nullptr; }
 
@@ -96,16 +70,6 @@ protected:
             window->reportLoadSuccess(runningBrowserWindow());
         return running();
     }
-
-    std::vector<std::string> openedUrls() const
-    {
-        std::vector<std::string> urls;
-        for (const Call& call : FakeWorld::get().callsTo("tm_open_url"))
-            urls.push_back(call.args[1]);
-        return urls;
-    }
-
-    HBBTV_Window* window = nullptr;
 };
 
 } // namespace tesmo_test
