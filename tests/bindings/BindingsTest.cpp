@@ -173,7 +173,14 @@ TEST_F(BindingsTest, KeySetsAreReadWrittenAndRouteKeys)
 
     EXPECT_EQ(native_KeySetSetValue(app, 0x201, &value), 0);
     EXPECT_EQ(value, 0x1) << "ALPHA is not supported";
-    EXPECT_TRUE(tesmo_hbbtv_key_input(browser, 0, 403, 0));
+    world().reset();
+    EXPECT_TRUE(tesmo_hbbtv_key_input(browser, 1, 403, 0));
+    EXPECT_THAT(world().calls(), IsEmpty()) << "a query injects nothing";
+    EXPECT_TRUE(tesmo_hbbtv_key_input(browser, 0, 403, 4));
+    EXPECT_THAT(world().calls(), ElementsAre(Call{"daxo_keyboard_evt", {"0", "403", "4"}},
+                                             Call{"daxo_keyboard_evt", {"1", "403", "4"}}));
+    EXPECT_FALSE(tesmo_hbbtv_key_input(browser, 1, 404, 0)) << "outside the set, whatever the query flag";
+    EXPECT_FALSE(tesmo_hbbtv_key_input(reinterpret_cast<DAXO_TesmoWindow*>(0xBAD), 0, 403, 0));
     EXPECT_EQ(native_KeySetSetValue(app, 1e12, &value), 0);
     EXPECT_EQ(value, 0x1FF) << "out of range becomes the largest value, then masked";
     EXPECT_EQ(native_KeySetSetValue(app, -1.9, &value), 0);

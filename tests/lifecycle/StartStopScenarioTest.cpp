@@ -92,24 +92,6 @@ TEST_F(StartStopTest, InvalidIdentifierIsBlockedUnlessTheListenerAllowsIt)
     EXPECT_NE(running(), nullptr);
 }
 
-TEST_F(StartStopTest, FailedHttpLoadFailsOverToTheCarousel)
-{
-    Application* http = nullptr;
-    deliver(table({entry(1, 1, 1, true)}));
-    tickAll();
-    http = running();
-    ASSERT_NE(http, nullptr);
-    LogCapture log;
-    EXPECT_TRUE(window->reportLoadFailed(http->getDaxoWindow()));
-    EXPECT_TRUE(log.contains("Loading failed, loading on next available transport instead."));
-    tickAll();
-    ASSERT_NE(running(), nullptr);
-    EXPECT_NE(running(), http);
-    EXPECT_TRUE(running()->isLaunchedAsAutostart());
-    EXPECT_THAT(openedUrls(), ElementsAre("http://app1.tv/index.html", "dvb://1.2.3.5/index.html"));
-    EXPECT_EQ(running()->getTransport()->getProtocolId(), AITApplicationTransport::OBJECT_CAROUSEL);
-}
-
 TEST_F(StartStopTest, NextAutostartEntryIsTriedWhenTheLastTransportFails)
 {
     deliver(table({entry(1, 1, 5), entry(2, 1, 1)}));
@@ -124,16 +106,6 @@ TEST_F(StartStopTest, NextAutostartEntryIsTriedWhenTheLastTransportFails)
     EXPECT_TRUE(log.contains("Automatic load of AUTOSTART application failed."));
     tickAll();
     EXPECT_EQ(running(), nullptr);
-}
-
-TEST_F(StartStopTest, FailuresAfterTheFirstPageOrOfOthersAreNotHandled)
-{
-    Application* app = runAutostart(table({entry(1, 1, 1, true)}));
-    LogCapture log;
-    EXPECT_FALSE(window->reportLoadFailed(app->getDaxoWindow()));
-    EXPECT_TRUE(log.contains("Loading a page in a running application failed, no error handling."));
-    EXPECT_FALSE(window->reportLoadFailed(reinterpret_cast<DAXO_TesmoWindow*>(0xBAD)));
-    EXPECT_EQ(running(), app);
 }
 
 TEST_F(ScriptListenersTest, FailedChildGivesWayToItsParent)
@@ -233,44 +205,6 @@ TEST_F(StartStopTest, TimeShiftEndsApplicationsThatCannotFollowIt)
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, -3), HBBTV_STATUS_OK);
     EXPECT_FALSE(window->isTimeShifted());
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(nullptr, 1), HBBTV_STATUS_FAILED);
-}
-
-TEST_F(StartStopTest, XmlParseFailureTurnsTheNextLoadSuccessIntoAFailure)
-{
-    deliver(table({entry(1, 1, 1, true)}));
-    tickAll();
-    Application* app = running();
-    LogCapture log;
-    window->reportXMLParseFailure(app->getDaxoWindow());
-    EXPECT_TRUE(log.contains("Mark application for termination due to XML parsing error."));
-    window->reportLoadSuccess(app->getDaxoWindow());
-    EXPECT_TRUE(log.contains("Loading failed, loading on next available transport instead."));
-    tickAll();
-    ASSERT_NE(running(), nullptr);
-    EXPECT_NE(running(), app);
-    EXPECT_EQ(running()->getTransport()->getProtocolId(), AITApplicationTransport::OBJECT_CAROUSEL);
-}
-
-TEST_F(StartStopTest, KeysReachTheApplicationThroughItsKeySet)
-{
-    world().supportedKeys = KeySet::RED | KeySet::NUMERIC;
-    tesmo_hbbtv_shutdown();
-    tesmo_hbbtv_init(nullptr);
-    platform().install();
-    window = tesmo_hbbtv_create_window();
-    window->startBroadcastIndependentApplication(HbbTVURL("http://tv/"));
-    tickAll();
-    DAXO_TesmoWindow* browser = runningBrowserWindow();
-    world().reset();
-
-    EXPECT_TRUE(tesmo_hbbtv_key_input(browser, 1, 403, 0));
-    EXPECT_THAT(world().calls(), IsEmpty()) << "a query injects nothing";
-    EXPECT_TRUE(tesmo_hbbtv_key_input(browser, 0, '7', 4));
-    EXPECT_THAT(world().calls(), ElementsAre(Call{"daxo_keyboard_evt", {"0", "55", "4"}},
-                                             Call{"daxo_keyboard_evt", {"1", "55", "4"}}));
-    EXPECT_FALSE(tesmo_hbbtv_key_input(browser, 0, 404, 0));
-    EXPECT_FALSE(tesmo_hbbtv_key_input(browser, 1, 404, 0));
-    EXPECT_FALSE(tesmo_hbbtv_key_input(reinterpret_cast<DAXO_TesmoWindow*>(0xBAD), 0, 403, 0));
 }
 
 TEST_F(StartStopTest, BoundariesOfTheRunningApplication)

@@ -87,13 +87,6 @@ TEST_F(WindowManagerTest, ApplicationsAreFiledByIdentifier)
     native_ApplicationManagerSetAppDestroyedListener(nullptr);
 }
 
-TEST_F(WindowManagerTest, BroadbandFlagStartsUsable)
-{
-    EXPECT_TRUE(manager->getBroadbandOperational());
-    manager->setBroadbandOperational(false);
-    EXPECT_FALSE(manager->getBroadbandOperational());
-}
-
 TEST(ApplicationPolicyTest, ReleasingNeverGoesBelowZero)
 {
     ApplicationPolicyHbbTV policy;

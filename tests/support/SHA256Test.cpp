@@ -68,11 +68,4 @@ TEST(SHA256Test, EveryResultPadsAgainUntilReset)
     EXPECT_EQ(first[7], 0xf20015adu);
 }
 
-TEST(SHA256Test, RotatesRightWithinThirtyTwoBits)
-{
-    SHA256 sha;
-    EXPECT_EQ(sha.rotateRight(0x00000001u, 1), 0x80000000u);
-    EXPECT_EQ(sha.rotateRight(0x12345678u, 8), 0x78123456u);
-}
-
 } // namespace
