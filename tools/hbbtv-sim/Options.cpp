@@ -66,86 +66,133 @@ bool keyCode(const std::string& name, int32_t& code)
     return false;
 }
 
-bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp)
+namespace {
+
+// Reads the options one by one; the first problem is kept in error.
+class OptionReader {
+public:
+    OptionReader(int argc, char** argv, Options& options) : argc(argc), argv(argv), options(options) {}
+
+    bool read(std::string& error, bool& wantHelp);
+
+private:
+    bool option(const std::string& arg, bool& wantHelp);
+    bool value(const std::string& arg, std::string& out);
+    bool number(const std::string& arg, unsigned long long max, unsigned long long& out, const char* what);
+    bool refuse(const std::string& message)
+    {
+        problem = message;
+        return false;
+    }
+
+    int argc;
+    char** argv;
+    Options& options;
+    int i = 1;
+    std::string problem;
+};
+
+bool OptionReader::value(const std::string& arg, std::string& out)
+{
+    if (i + 1 >= argc)
+        return refuse(arg + " needs a value");
+    out = argv[++i];
+    return true;
+}
+
+bool OptionReader::number(const std::string& arg, unsigned long long max, unsigned long long& out, const char* what)
+{
+    std::string text;
+    if (!value(arg, text))
+        return false;
+    return parseNumber(text, max, out) || refuse(arg + " takes " + what);
+}
+
+bool OptionReader::option(const std::string& arg, bool& wantHelp)
+{
+    std::string text;
+    unsigned long long n = 0;
+    if (arg == "-h" || arg == "--help") {
+        wantHelp = true;
+    } else if (arg == "--service") {
+        if (!number(arg, 0xFFFF, n, "a service id (0 to 0xFFFF)"))
+            return false;
+        options.service = uint16_t(n);
+    } else if (arg == "--profiles") {
+        if (!number(arg, 0xFFFF, n, "a 16-bit mask"))
+            return false;
+        options.profiles = uint16_t(n);
+    } else if (arg == "--hbbtv-version") {
+        if (!value(arg, text))
+            return false;
+        if (text != "1.1.1" && text != "1.2.1")
+            return refuse("--hbbtv-version is 1.1.1 or 1.2.1");
+        options.hbbtv121 = text == "1.2.1";
+    } else if (arg == "--no-broadband") {
+        options.noBroadband = true;
+    } else if (arg == "--time-shift") {
+        options.timeShift = true;
+    } else if (arg == "--fail") {
+        if (!value(arg, text))
+            return false;
+        options.failPatterns.push_back(text);
+    } else if (arg == "--status") {
+        if (!value(arg, text))
+            return false;
+        const size_t equals = text.rfind('=');
+        if (equals == std::string::npos || equals == 0 || !parseNumber(text.substr(equals + 1), 999, n))
+            return refuse("--status takes PATTERN=CODE, for example 'http://*=404'");
+        options.statusRules.push_back({text.substr(0, equals), int(n)});
+    } else if (arg == "--carousel") {
+        return value(arg, options.carouselDir);
+    } else if (arg == "--key") {
+        if (!value(arg, text))
+            return false;
+        const size_t at = text.find('@');
+        int32_t code = 0;
+        if (at == std::string::npos || !keyCode(text.substr(0, at), code) || !parseNumber(text.substr(at + 1), 1u << 30, n))
+            return refuse("--key takes NAME@TICK with a known key, for example RED@40");
+        options.keys.push_back({text.substr(0, at), code, n});
+    } else if (arg == "--script") {
+        return value(arg, options.script);
+    } else if (arg == "--section-interval" || arg == "--idle-ticks") {
+        const char* ticks = "a number of ticks from 1 to 100000";
+        if (!number(arg, 100000, n, ticks))
+            return false;
+        if (n == 0)
+            return refuse(arg + " takes " + ticks);
+        (arg == "--idle-ticks" ? options.idleTicks : options.sectionInterval) = n;
+    } else if (arg == "--json") {
+        options.json = true;
+    } else if (arg == "-v" || arg == "-vv") {
+        options.verbosity = int(arg.size() - 1);
+    } else if (arg == "--dump-ait") {
+        options.dumpAit = true;
+    } else if (!arg.empty() && arg[0] == '-') {
+        return refuse("unknown option " + arg);
+    } else if (options.capture.empty()) {
+        options.capture = arg;
+    } else {
+        return refuse("one capture only (" + options.capture + " and " + arg + ")");
+    }
+    return true;
+}
+
+bool OptionReader::read(std::string& error, bool& wantHelp)
 {
     wantHelp = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        auto value = [&](std::string& out) {
-            if (i + 1 >= argc) {
-                error = arg + " needs a value";
-                return false;
-            }
-            out = argv[++i];
-            return true;
-        };
-        std::string text;
-        unsigned long long number = 0;
-        if (arg == "-h" || arg == "--help") {
-            wantHelp = true;
-        } else if (arg == "--service") {
-            if (!value(text) || !parseNumber(text, 0xFFFF, number))
-                return error.empty() ? (error = "--service takes a service id (0 to 0xFFFF)", false) : false;
-            options.service = uint16_t(number);
-        } else if (arg == "--profiles") {
-            if (!value(text) || !parseNumber(text, 0xFFFF, number))
-                return error.empty() ? (error = "--profiles takes a 16-bit mask", false) : false;
-            options.profiles = uint16_t(number);
-        } else if (arg == "--hbbtv-version") {
-            if (!value(text))
-                return false;
-            if (text != "1.1.1" && text != "1.2.1")
-                return error = "--hbbtv-version is 1.1.1 or 1.2.1", false;
-            options.hbbtv121 = text == "1.2.1";
-        } else if (arg == "--no-broadband") {
-            options.noBroadband = true;
-        } else if (arg == "--time-shift") {
-            options.timeShift = true;
-        } else if (arg == "--fail") {
-            if (!value(text))
-                return false;
-            options.failPatterns.push_back(text);
-        } else if (arg == "--status") {
-            if (!value(text))
-                return false;
-            const size_t equals = text.rfind('=');
-            if (equals == std::string::npos || equals == 0 || !parseNumber(text.substr(equals + 1), 999, number))
-                return error = "--status takes PATTERN=CODE, for example 'http://*=404'", false;
-            options.statusRules.push_back({text.substr(0, equals), int(number)});
-        } else if (arg == "--carousel") {
-            if (!value(options.carouselDir))
-                return false;
-        } else if (arg == "--key") {
-            if (!value(text))
-                return false;
-            const size_t at = text.find('@');
-            int32_t code = 0;
-            if (at == std::string::npos || !keyCode(text.substr(0, at), code) ||
-                !parseNumber(text.substr(at + 1), 1u << 30, number))
-                return error = "--key takes NAME@TICK with a known key, for example RED@40", false;
-            options.keys.push_back({text.substr(0, at), code, number});
-        } else if (arg == "--script") {
-            if (!value(options.script))
-                return false;
-        } else if (arg == "--section-interval" || arg == "--idle-ticks") {
-            if (!value(text) || !parseNumber(text, 100000, number) || number == 0)
-                return error.empty() ? (error = arg + " takes a number of ticks from 1 to 100000", false) : false;
-            (arg == "--idle-ticks" ? options.idleTicks : options.sectionInterval) = number;
-        } else if (arg == "--json") {
-            options.json = true;
-        } else if (arg == "-v" || arg == "-vv") {
-            options.verbosity = int(arg.size() - 1);
-        } else if (arg == "--dump-ait") {
-            options.dumpAit = true;
-        } else if (!arg.empty() && arg[0] == '-') {
-            error = "unknown option " + arg;
-            return false;
-        } else if (options.capture.empty()) {
-            options.capture = arg;
-        } else {
-            error = "one capture only (" + options.capture + " and " + arg + ")";
+    for (; i < argc; ++i) {
+        if (!option(argv[i], wantHelp)) {
+            error = problem;
             return false;
         }
     }
     return true;
+}
+
+} // namespace
+
+bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp)
+{
+    return OptionReader(argc, argv, options).read(error, wantHelp);
 }
