@@ -132,6 +132,26 @@ TEST(HbbtvSimTest, GeneratorRoundTrip)
     std::remove(ts.c_str());
 }
 
+TEST(HbbtvSimTest, TimestampedAndParityPacketsReadLikePlainOnes)
+{
+    const std::string sample = readFile(SAMPLE_DIR "/sample.ts");
+    const std::string plain = sim(std::string("--dump-ait ") + SAMPLE_DIR "/sample.ts").out;
+    ASSERT_FALSE(plain.empty());
+    std::string timestamped, parity;
+    for (size_t at = 0; at + 188 <= sample.size(); at += 188) {
+        timestamped += std::string("\x00\x01\x02\x03", 4) + sample.substr(at, 188);
+        parity += sample.substr(at, 188) + std::string(16, '\x55');
+    }
+    const std::string path = tempFile("packets.ts");
+    for (const std::string& stream : {timestamped, parity}) {
+        writeFile(path, stream);
+        const SimRun run = sim("--dump-ait " + path);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, plain);
+    }
+    std::remove(path.c_str());
+}
+
 TEST(HbbtvSimTest, ScriptDrivesPlatformPageAndViewer)
 {
     const std::string script = tempFile("script");
