@@ -32,6 +32,12 @@ LogEntry eventLog(LogLevel level)
     return LogEntry(level, "ExternalEvent");
 }
 
+Window* broadcastWindow()
+{
+    WindowManager* manager = WindowManager::existingInstance();
+    return manager ? manager->getBroadcastWindow() : nullptr;
+}
+
 // The window a platform event names, when the window manager still holds it.
 Window* existingWindow(HBBTV_Window* window)
 {
@@ -83,8 +89,7 @@ void ExternalEvent::handleAitSection(HBBTV_EventData* event)
         return;
     PlatformOwned<unsigned char> section(event->ait_section.section);
     eventLog(LOG_LEVEL_DEBUG) << "Retrieving AIT...";
-    WindowManager* manager = WindowManager::existingInstance();
-    Window* window = manager ? manager->getBroadcastWindow() : nullptr;
+    Window* window = broadcastWindow();
     if (!window || !NotificationManager::existingInstance())
         return;
 
@@ -126,8 +131,7 @@ void ExternalEvent::handleAitWithdrawn()
 {
     dsmcc_clear_cache();
     hbbtv_ait_invalidate();
-    WindowManager* manager = WindowManager::existingInstance();
-    if (Window* window = manager ? manager->getBroadcastWindow() : nullptr) {
+    if (Window* window = broadcastWindow()) {
         window->setAIT(ref_ptr<AIT>());
         window->setNextAIT(ref_ptr<AIT>());
     }

@@ -25,6 +25,14 @@ LogEntry windowLog(LogLevel level)
     return LogEntry(level, MODULE);
 }
 
+// An application may run time-shifted only when its recording descriptor says it follows
+// trick modes and time shift.
+bool followsTimeShift(const AITApplication* entry)
+{
+    const auto* recording = entry ? entry->getApplicationRecordingDescriptor() : nullptr;
+    return recording && recording->trickModeAware && recording->timeShift;
+}
+
 const int32_t ANSWER_BLOCK_AND_KILL = HBBTV_APPLICATION_ACTION_BLOCK_AND_KILL;
 const int32_t ANSWER_BLOCK_AND_KEEP = HBBTV_APPLICATION_ACTION_BLOCK_AND_KEEP;
 
@@ -232,11 +240,8 @@ Application* Window::startApplication(AITApplication* entry, const HbbTVURL& url
         transport = entry->getFirstAvailableTransport(broadband());
     if (!transport)
         return nullptr;
-    if (timeShifted) {
-        const auto* recording = entry->getApplicationRecordingDescriptor();
-        if (!recording || !recording->trickModeAware || !recording->timeShift)
-            return nullptr;
-    }
+    if (timeShifted && !followsTimeShift(entry))
+        return nullptr;
     const std::string text = transport->getURL(entry->getApplicationLocation());
     if (text.empty())
         return nullptr;
@@ -564,9 +569,7 @@ bool Window::setTimeShifted(bool shifted)
     timeShifted = shifted;
     if (shifted && state == RUNNING) {
         Application* app = runningApplication;
-        const AITApplication* entry = app ? app->getAITApplication() : nullptr;
-        const auto* recording = entry ? entry->getApplicationRecordingDescriptor() : nullptr;
-        if (!recording || !recording->trickModeAware || !recording->timeShift)
+        if (!followsTimeShift(app ? app->getAITApplication() : nullptr))
             shutdownApplication(app, true, true);
     }
     return true;

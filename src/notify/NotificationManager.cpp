@@ -39,10 +39,9 @@ void NotificationManager::removeListener(HBBTV_NotificationListener listener)
 void NotificationManager::broadcast(Notification* notification)
 {
     std::unique_ptr<Notification> record(notification);
-    // A copy: a listener that registers another must not pull the list from under the loop.
-    const std::vector<HBBTV_NotificationListener> current = listeners;
-    for (HBBTV_NotificationListener listener : current)
-        record->call(listener);
+    // By index: a listener that registers another may grow the list under the loop.
+    for (size_t i = 0; i < listeners.size(); ++i)
+        record->call(listeners[i]);
 }
 
 } // namespace TesmoHbbTV

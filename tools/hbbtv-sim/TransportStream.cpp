@@ -127,6 +127,13 @@ std::vector<TimedSection> TransportStream::sectionsOnPid(uint16_t pid) const
     return sections;
 }
 
+void TransportStream::pushPackets(dvbpsi_t* handle, uint16_t pid) const
+{
+    for (const uint8_t* packet : packets)
+        if (pidOf(packet) == pid)
+            dvbpsi_packet_push(handle, const_cast<uint8_t*>(packet));
+}
+
 void TransportStream::readPat()
 {
     Handle handle = newHandle();
@@ -143,9 +150,7 @@ void TransportStream::readPat()
             dvbpsi_pat_delete(pat);
         },
         this);
-    for (const uint8_t* packet : packets)
-        if (pidOf(packet) == PAT_PID)
-            dvbpsi_packet_push(handle.get(), const_cast<uint8_t*>(packet));
+    pushPackets(handle.get(), PAT_PID);
     dvbpsi_pat_detach(handle.get());
 }
 
@@ -174,9 +179,7 @@ void TransportStream::readSdt()
                 self);
         },
         this);
-    for (const uint8_t* packet : packets)
-        if (pidOf(packet) == SDT_PID)
-            dvbpsi_packet_push(handle.get(), const_cast<uint8_t*>(packet));
+    pushPackets(handle.get(), SDT_PID);
     dvbpsi_DetachDemux(handle.get());
 }
 
@@ -202,8 +205,6 @@ void TransportStream::readNit()
                 self);
         },
         this);
-    for (const uint8_t* packet : packets)
-        if (pidOf(packet) == NIT_PID)
-            dvbpsi_packet_push(handle.get(), const_cast<uint8_t*>(packet));
+    pushPackets(handle.get(), NIT_PID);
     dvbpsi_DetachDemux(handle.get());
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+struct dvbpsi_s;  // libdvbpsi's handle
+
 using Bytes = std::vector<uint8_t>;
 
 // A section and where it was in the stream.
@@ -42,6 +44,7 @@ public:
     const std::map<uint16_t, ServiceName>& serviceNames() const { return names; }
 
 private:
+    void pushPackets(dvbpsi_s* handle, uint16_t pid) const;
     void readPat();
     void readSdt();
     void readNit();
