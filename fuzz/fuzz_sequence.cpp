@@ -1,7 +1,9 @@
 // The fuzz bytes choose a sequence of calls through the exported interface only: platform
 // events of every type (records owned as a platform hands them over), browser
 // notifications of every id, script bindings, ticks, windows made and released, and the
-// listener's answers. Stale windows and identifiers are used on purpose.
+// listener's answers. Stale windows and identifiers are used on purpose. The platform's
+// listener and the page's script listeners call back into the library as the bytes
+// choose, from inside the calls that notify them, up to three deep.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -20,7 +22,9 @@ using namespace tesmo_test;
 
 namespace {
 
-void streamCallback(char*, char*, char*, char*, void*) {}
+void streamCallback(char*, char*, char*, char*, void*);
+
+DAXO_Tesmo* const CORE = reinterpret_cast<DAXO_Tesmo*>(0xC0DE);
 
 char* maybeString(FuzzedDataProvider& in)
 {
@@ -29,12 +33,51 @@ char* maybeString(FuzzedDataProvider& in)
 
 class Sequence {
 public:
-    explicit Sequence(FuzzedDataProvider& in) : in(in) {}
+    explicit Sequence(FuzzedDataProvider& in) : in(in)
+    {
+        current = this;
+        PlatformListener::get().onNotice = [](HBBTV_NotificationType, HBBTV_NotificationData*) { callBack(); };
+        native_ApplicationManagerSetListener([](uint32_t, uint32_t) { callBack(); });
+        native_ApplicationManagerSetAppDestroyedListener([](uint32_t) { callBack(); });
+    }
+    ~Sequence()
+    {
+        current = nullptr;
+        PlatformListener::get().onNotice = nullptr;
+        native_ApplicationManagerSetListener(nullptr);
+        native_ApplicationManagerSetAppDestroyedListener(nullptr);
+    }
 
     void run()
     {
-        while (in.remaining_bytes() > 0 && steps++ < 400)
+        while (in.remaining_bytes() > 0 && steps++ < MAX_STEPS)
             step();
+    }
+
+    // Runs queued events, callbacks included.
+    static void drain()
+    {
+        for (int i = 0; i < 4000; ++i)
+            tesmo_hbbtv_tick();
+    }
+
+    // What a listener or stream-event callback may do besides answering: any call, or an
+    // attempt to stop and restart the library, which must be refused.
+    static void callBack()
+    {
+        Sequence* self = current;
+        if (!self || self->nesting >= 3 || self->steps >= MAX_STEPS || self->in.remaining_bytes() == 0 ||
+            !self->in.ConsumeBool())
+            return;
+        ++self->nesting;
+        ++self->steps;
+        if (self->in.ConsumeIntegralInRange<int>(0, 15) == 0) {
+            tesmo_hbbtv_shutdown();
+            tesmo_hbbtv_init(CORE);
+        } else {
+            self->step();
+        }
+        --self->nesting;
     }
 
 private:
@@ -247,10 +290,21 @@ private:
         }
     }
 
+    static const int MAX_STEPS = 400;
+    static Sequence* current;
+
     FuzzedDataProvider& in;
     std::vector<HBBTV_Window*> windows;
     int steps = 0;
+    int nesting = 0;
 };
+
+Sequence* Sequence::current = nullptr;
+
+void streamCallback(char*, char*, char*, char*, void*)
+{
+    Sequence::callBack();
+}
 
 } // namespace
 
@@ -260,13 +314,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     FakeWorld::get().reset();
     PlatformListener::get().reset();
     FakeWorld::get().supportedKeys = 0x3FF;
-    tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0xC0DE));
+    tesmo_hbbtv_init(CORE);
     PlatformListener::get().install();
-    Sequence(in).run();
-    // An event still queued at shutdown is freed without its strings, by contract: run
-    // them all first (each step queues a few at most).
-    for (int i = 0; i < 4000; ++i)
-        tesmo_hbbtv_tick();
+    {
+        Sequence sequence(in);
+        sequence.run();
+        // An event still queued at shutdown is freed without its strings, by contract: run
+        // them all first (each step queues a few at most).
+        Sequence::drain();
+    }
+    Sequence::drain();  // what the last callbacks queued
     tesmo_hbbtv_shutdown();
     return 0;
 }

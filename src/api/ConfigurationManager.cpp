@@ -6,7 +6,8 @@
 
 namespace TesmoHbbTV {
 
-ConfigurationManager* ConfigurationManager::instance = nullptr;
+std::atomic<ConfigurationManager*> ConfigurationManager::instance{nullptr};
+std::mutex ConfigurationManager::queueMutex;
 
 ConfigurationManager* ConfigurationManager::getInstance()
 {
@@ -17,7 +18,18 @@ ConfigurationManager* ConfigurationManager::getInstance()
 
 void ConfigurationManager::destroyInstance()
 {
-    delete instance;
+    ConfigurationManager* gone;
+    {
+        std::lock_guard<std::mutex> lock(queueMutex);
+        gone = instance.exchange(nullptr);
+    }
+    delete gone;
+}
+
+ThreadsafeEventQueue* ConfigurationManager::existingEventQueue()
+{
+    ConfigurationManager* config = instance;
+    return config ? config->eventQueue : nullptr;
 }
 
 ConfigurationManager::~ConfigurationManager()
@@ -32,7 +44,11 @@ void ConfigurationManager::init(DAXO_Tesmo* core)
     browserCore = core;
     // A repeated init abandons the previous objects unfreed: init runs once per library start.
     downloadManager = new OCDownloadManager();
-    eventQueue = new ThreadsafeEventQueue();
+    auto* queue = new ThreadsafeEventQueue();
+    {
+        std::lock_guard<std::mutex> lock(queueMutex);
+        eventQueue = queue;
+    }
     supportedKeyInput = hbbtv_keyset_get_supported_values();
 }
 

@@ -1,7 +1,9 @@
 #ifndef TESMO_HBBTV_API_CONFIGURATIONMANAGER_H
 #define TESMO_HBBTV_API_CONFIGURATIONMANAGER_H
 
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 
 #include "tesmo_hbbtv/browser_core.h"
 
@@ -20,10 +22,17 @@ public:
         uint8_t micro;
     };
 
-    // Built on first use without a lock: the first call comes from tesmo_hbbtv_init.
+    // Built on first use without a lock, on the browser thread only.
     static ConfigurationManager* getInstance();
     // Deletes the instance if there is one.
     static void destroyInstance();
+
+    // Platform threads reach the queue only through existingEventQueue() and under this
+    // lock, which init and destroyInstance take too: a sender never sees the queue
+    // half-published or deleted.
+    static std::mutex& queueLock() { return queueMutex; }
+    // The queue of the instance if both exist, without building either.
+    static ThreadsafeEventQueue* existingEventQueue();
 
     // Clears the instance pointer, so that the next getInstance() builds fresh defaults.
     ~ConfigurationManager();
@@ -52,7 +61,8 @@ private:
     uint16_t supportedPlatformProfiles = 0;
     int32_t supportedKeyInput = 0;
 
-    static ConfigurationManager* instance;
+    static std::atomic<ConfigurationManager*> instance;
+    static std::mutex queueMutex;
 };
 
 } // namespace TesmoHbbTV

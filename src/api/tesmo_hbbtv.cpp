@@ -14,6 +14,8 @@
 #include "lifecycle/Window.h"
 #include "lifecycle/WindowManager.h"
 #include "notify/NotificationManager.h"
+#include "support/EntryGuard.h"
+#include "support/LogEntry.h"
 #include "support/Logging.h"
 #include "support/LoggingOutputFile.h"
 #include "support/LoggingOutputStdout.h"
@@ -39,12 +41,25 @@ int rawEventType(const HBBTV_EventType& type)
     return raw;
 }
 
+// Starting or stopping the library under a running call would pull its state from under
+// the frames below the callback.
+bool refusedInCallback(const char* function)
+{
+    if (!EntryGuard::isInside())
+        return false;
+    LogEntry(LOG_LEVEL_ERR, "tesmo_hbbtv") << function << " called from a callback: refused";
+    return true;
+}
+
 } // namespace
 
 extern "C" {
 
 void tesmo_hbbtv_init(DAXO_Tesmo* core)
 {
+    if (refusedInCallback("tesmo_hbbtv_init"))
+        return;
+    EntryGuard guard;
     if (ConfigurationManager* config = ConfigurationManager::getInstance())
         config->init(core);
     if (WindowManager* manager = WindowManager::getInstance())
@@ -57,9 +72,14 @@ void tesmo_hbbtv_init(DAXO_Tesmo* core)
 
 void tesmo_hbbtv_shutdown(void)
 {
+    if (refusedInCallback("tesmo_hbbtv_shutdown"))
+        return;
+    EntryGuard guard;
     WindowManager* manager = WindowManager::getInstance();
     if (manager)
         manager->removeAllWindows();
+    // Windows that listeners released meanwhile go while the managers they use still exist.
+    EntryGuard::deleteDisposed();
     hbbtv_ait_stop();
     dsmcc_stop();
     if (NotificationManager* notifications = NotificationManager::getInstance())
@@ -70,23 +90,27 @@ void tesmo_hbbtv_shutdown(void)
 
 void tesmo_hbbtv_tick(void)
 {
+    EntryGuard guard;
     if (ThreadsafeEventQueue* queue = eventQueue())
         queue->executeFirst();
 }
 
 void tesmo_hbbtv_send_event(HBBTV_EventType type, HBBTV_EventData* data)
 {
-    if (ThreadsafeEventQueue* queue = eventQueue())
+    std::lock_guard<std::mutex> lock(ConfigurationManager::queueLock());
+    if (ThreadsafeEventQueue* queue = ConfigurationManager::existingEventQueue())
         queue->add(new ExternalEvent(rawEventType(type), data));
 }
 
 bool tesmo_hbbtv_handle_notification(void*, DAXO_TesmoWindow* window, int id, void* data, int* result)
 {
+    EntryGuard guard;
     return BrowserNotificationDispatcher(window, data, result).dispatch(id);
 }
 
 bool tesmo_hbbtv_key_input(DAXO_TesmoWindow* window, int query_only, DAXO_KEY_SYM key, uint8_t modifiers)
 {
+    EntryGuard guard;
     WindowManager* manager = WindowManager::getInstance();
     Window* managed = manager ? manager->getWindow(window) : nullptr;
     Application* app = managed ? managed->getApplication(window) : nullptr;
@@ -101,6 +125,7 @@ bool tesmo_hbbtv_key_input(DAXO_TesmoWindow* window, int query_only, DAXO_KEY_SY
 
 bool tesmo_hbbtv_add_notification_listener(HBBTV_NotificationListener listener)
 {
+    EntryGuard guard;
     NotificationManager* notifications = listener ? NotificationManager::getInstance() : nullptr;
     if (!notifications)
         return false;
@@ -110,42 +135,49 @@ bool tesmo_hbbtv_add_notification_listener(HBBTV_NotificationListener listener)
 
 HBBTV_Window* tesmo_hbbtv_create_window(void)
 {
+    EntryGuard guard;
     WindowManager* manager = WindowManager::getInstance();
     return manager ? manager->createWindow() : nullptr;
 }
 
 void tesmo_hbbtv_release_window(HBBTV_Window* window)
 {
+    EntryGuard guard;
     if (WindowManager* manager = WindowManager::getInstance())
         manager->removeWindow(window);
 }
 
 HBBTV_Window* tesmo_hbbtv_get_window_identifier(DAXO_TesmoWindow* daxo_window)
 {
+    EntryGuard guard;
     WindowManager* manager = WindowManager::getInstance();
     return manager ? manager->getWindow(daxo_window) : nullptr;
 }
 
 bool tesmo_hbbtv_is_hbbtv_window(DAXO_TesmoWindow* daxo_window)
 {
+    EntryGuard guard;
     WindowManager* manager = daxo_window ? WindowManager::getInstance() : nullptr;
     return manager && manager->getWindow(daxo_window);
 }
 
 void tesmo_hbbtv_set_broadcast_window(HBBTV_Window* window)
 {
+    EntryGuard guard;
     if (WindowManager* manager = WindowManager::getInstance())
         manager->setBroadcastWindow(window);
 }
 
 HBBTV_Window* tesmo_hbbtv_get_broadcast_window(void)
 {
+    EntryGuard guard;
     WindowManager* manager = WindowManager::getInstance();
     return manager ? manager->getBroadcastWindow() : nullptr;
 }
 
 DAXO_TesmoWindow* tesmo_hbbtv_get_daxo_window(HBBTV_Window* window)
 {
+    EntryGuard guard;
     WindowManager* manager = window ? WindowManager::getInstance() : nullptr;
     if (!manager || !manager->handledWindow(window))
         return nullptr;
@@ -154,6 +186,7 @@ DAXO_TesmoWindow* tesmo_hbbtv_get_daxo_window(HBBTV_Window* window)
 
 bool tesmo_hbbtv_is_within_boundaries(HBBTV_Window* window, const char* url)
 {
+    EntryGuard guard;
     WindowManager* manager = window && url ? WindowManager::getInstance() : nullptr;
     // A window the manager does not hold is gone, or was never a window: nothing to ask.
     if (!manager || !manager->handledWindow(window))
@@ -164,6 +197,7 @@ bool tesmo_hbbtv_is_within_boundaries(HBBTV_Window* window, const char* url)
 
 HBBTV_STATUS tesmo_hbbtv_set_time_shifted(HBBTV_Window* window, int time_shifted)
 {
+    EntryGuard guard;
     WindowManager* manager = window ? WindowManager::getInstance() : nullptr;
     if (!manager || !manager->handledWindow(window))
         return HBBTV_STATUS_FAILED;

@@ -9,6 +9,7 @@
 #include "notify/TrustedNotification.h"
 #include "si/HbbTVCurrentAITDVBURL.h"
 #include "support/LogEntry.h"
+#include "support/EntryGuard.h"
 #include "tesmo_hbbtv/bindings.h"
 
 namespace TesmoHbbTV {
@@ -118,18 +119,21 @@ extern "C" {
 
 int native_ApplicationManagerSetListener(HBBTV_AppManagerListener listener)
 {
+    EntryGuard guard;
     applicationManagerListener = listener;
     return RESULT_OK;
 }
 
 int native_ApplicationManagerSetAppDestroyedListener(HBBTV_AppDestroyedListener listener)
 {
+    EntryGuard guard;
     applicationDestroyedListener = listener;
     return RESULT_OK;
 }
 
 int native_AppManGetApplicationId(long window_handle, void** application_id)
 {
+    EntryGuard guard;
     bindingLog() << "native_AppManGetApplicationId";
     Application* app = get_application_from_window(window_handle);
     if (!app)
@@ -141,6 +145,7 @@ int native_AppManGetApplicationId(long window_handle, void** application_id)
 
 int native_AppManNotifySetChannelCalled(long window_handle, const char* text, void* channel)
 {
+    EntryGuard guard;
     bindingLog() << "native_AppManNotifySetChannelCalled()";
     Application* app = get_application_from_window(window_handle);
     if (!app)
@@ -156,6 +161,7 @@ int native_AppManNotifySetChannelCalled(long window_handle, const char* text, vo
 
 int native_ApplicationShow(void* application_id)
 {
+    EntryGuard guard;
     bindingLog() << "native_ApplicationShow";
     Application* app = get_application_from_id(application_id);
     if (!app)
@@ -166,6 +172,7 @@ int native_ApplicationShow(void* application_id)
 
 int native_ApplicationHide(void* application_id)
 {
+    EntryGuard guard;
     bindingLog() << "native_ApplicationHide";
     Application* app = get_application_from_id(application_id);
     if (!app)
@@ -177,6 +184,7 @@ int native_ApplicationHide(void* application_id)
 // The child flag is not consulted: the new application always gets the caller as parent.
 int native_ApplicationCreateApplication(const char* url, int, void* parent_id, void** application_id)
 {
+    EntryGuard guard;
     bindingLog() << "native_ApplicationCreateApplication";
     if (!WindowManager::existingInstance())
         return RESULT_NOT_FOUND;
@@ -211,6 +219,7 @@ int native_ApplicationCreateApplication(const char* url, int, void* parent_id, v
 
 int native_ApplicationDestroyApplication(void* application_id)
 {
+    EntryGuard guard;
     bindingLog() << "native_ApplicationDestroyApplication";
     Application* app = application_id ? get_application_from_id(application_id) : nullptr;
     if (!app)
@@ -227,6 +236,7 @@ int native_ApplicationDestroyApplication(void* application_id)
 
 int native_AppPrivateDataGetFreeMem(void*, void*, void*, double* free_memory)
 {
+    EntryGuard guard;
     bindingLog() << "native_AppPrivateDataGetFreeMem";
     long value = -1;
     NotificationManager::raise<GetFreeMemoryNotification>(&value);
@@ -237,6 +247,7 @@ int native_AppPrivateDataGetFreeMem(void*, void*, void*, double* free_memory)
 
 int native_AppPrivateDataGetCurrentChannel(void* application_id, void** channel)
 {
+    EntryGuard guard;
     bindingLog() << "native_AppPrivateDataGetCurrentChannel";
     Application* app = get_application_from_id(application_id);
     if (!app || !channel)
@@ -250,6 +261,7 @@ int native_AppPrivateDataGetCurrentChannel(void* application_id, void** channel)
 // says otherwise.
 int native_PermissionsIsTrusted(long window_handle, const char* url)
 {
+    EntryGuard guard;
     bindingLog() << "native_PermissionIsTrusted()";
     Application* app = get_application_from_window(window_handle);
     if (!app)
@@ -266,6 +278,7 @@ int native_PermissionsIsTrusted(long window_handle, const char* url)
 
 int native_PermissionsIsBroadcastRelated(long window_handle, const char* url)
 {
+    EntryGuard guard;
     bindingLog() << "native_PermissionsIsBroadcastRelated()";
     Application* app = get_application_from_window(window_handle);
     return app && app->isWithinApplicationBoundaries(url) && app->isBroadcastRelated() ? RESULT_OK : RESULT_NO;

@@ -11,6 +11,7 @@
 #include "notify/KeysetChangedNotification.h"
 #include "notify/NotificationManager.h"
 #include "support/LogEntry.h"
+#include "support/EntryGuard.h"
 #include "tesmo_hbbtv/bindings.h"
 
 using namespace TesmoHbbTV;
@@ -41,6 +42,7 @@ extern "C" {
 
 int native_KeySetGetValue(void* application_id, double* value)
 {
+    EntryGuard guard;
     logBinding("native_KeySetGetValue");
     Application* app = get_application_from_id(application_id);
     if (!app)
@@ -52,6 +54,7 @@ int native_KeySetGetValue(void* application_id, double* value)
 
 int native_KeySetGetMaximumValue(void*, double* value)
 {
+    EntryGuard guard;
     logBinding("native_KeySetGetMaximumValue");
     if (value)
         *value = ConfigurationManager::getInstance()->getSupportedKeyInput();
@@ -61,6 +64,7 @@ int native_KeySetGetMaximumValue(void*, double* value)
 // The platform hears of every successful write, also of one that changes nothing.
 int native_KeySetSetValue(void* application_id, double value, double* result)
 {
+    EntryGuard guard;
     logBinding("native_KeySetSetValue");
     Application* app = get_application_from_id(application_id);
     if (!app)

@@ -9,6 +9,7 @@
 #include "lifecycle/Application.h"
 #include "lifecycle/Window.h"
 #include "lifecycle/WindowManager.h"
+#include "support/EntryGuard.h"
 #include "tesmo_hbbtv/bindings.h"
 #include "tesmo_hbbtv/platform.h"
 
@@ -51,6 +52,7 @@ extern "C" {
 // carousel.
 int native_BroadcastAddStreamEventListener(const char* target, void* a, void* b, void* c, void* d, long window_handle)
 {
+    EntryGuard guard;
     Application* app = signalledApplicationOf(window_handle);
     if (!app)
         return RESULT_NOT_FOUND;
@@ -67,6 +69,7 @@ int native_BroadcastAddStreamEventListener(const char* target, void* a, void* b,
 int native_BroadcastAddXMLStreamEventListener(void* first, double a, double b, void* x, void* y, void* z,
                                               long window_handle)
 {
+    EntryGuard guard;
     Application* app = signalledApplicationOf(window_handle);
     if (!app || !app->getTransport())
         return RESULT_NOT_FOUND;
@@ -76,12 +79,14 @@ int native_BroadcastAddXMLStreamEventListener(void* first, double a, double b, v
 
 int native_BroadcastRemoveStreamEventListener(void*, void* a, void* b)
 {
+    EntryGuard guard;
     dsmcc_stream_event_unsubscribe(a, b);
     return RESULT_OK;
 }
 
 int native_BroadcastRemoveAllStreamEventListeners(void* a)
 {
+    EntryGuard guard;
     dsmcc_stream_event_unsubscribe_all(a);
     return RESULT_OK;
 }

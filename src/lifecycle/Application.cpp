@@ -33,10 +33,16 @@ Application::Application(Window* window, const HbbTVURL& url, AITApplication* ai
 
 Application::~Application()
 {
-    if (browserWindow) {
-        bool released = false;
-        NotificationManager::raise<ReleaseWindowNotification>(&browserWindow, &released);
-    }
+    releaseBrowserWindow();
+}
+
+void Application::releaseBrowserWindow()
+{
+    if (!browserWindow)
+        return;
+    bool released = false;
+    NotificationManager::raise<ReleaseWindowNotification>(&browserWindow, &released);
+    browserWindow = nullptr;
 }
 
 void Application::extendDomainFromAITApplication()

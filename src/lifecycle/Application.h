@@ -34,6 +34,8 @@ public:
 
     // Asks the platform for a browser window; true when one is now held.
     bool init();
+    // Gives the browser window back to the platform, once.
+    void releaseBrowserWindow();
     void loadInitialPage();
     void show();
     void hide();

@@ -1,5 +1,6 @@
 #include "lifecycle/Window.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "api/ConfigurationManager.h"
@@ -12,6 +13,7 @@
 #include "notify/NotificationManager.h"
 #include "notify/StartApplicationNotification.h"
 #include "notify/StopApplicationNotification.h"
+#include "support/EntryGuard.h"
 #include "support/LogEntry.h"
 
 namespace TesmoHbbTV {
@@ -65,17 +67,31 @@ bool Window::broadband() const
     return manager->getBroadbandOperational();
 }
 
+// The browser window goes back to the platform now, unless another application of this
+// window still shows its page in it; the memory may still be in use further up the stack.
 void Window::destroyApplication(Application* app)
 {
     owned.erase(app);
-    delete app;
+    if (sharesBrowserWindow(app))
+        app->setDaxoWindow(nullptr);
+    else
+        app->releaseBrowserWindow();
+    EntryGuard::dispose(app);
+}
+
+bool Window::sharesBrowserWindow(const Application* app) const
+{
+    for (const Application* other : owned)
+        if (other != app && other->getDaxoWindow() && other->getDaxoWindow() == app->getDaxoWindow())
+            return true;
+    return false;
 }
 
 Application* Window::findApplication(uint32_t id) const
 {
-    for (const auto& entry : applications)
-        if (entry.second->getID() == id)
-            return entry.second;
+    for (Application* app : applications)
+        if (app->getID() == id)
+            return app;
     return nullptr;
 }
 
@@ -274,7 +290,7 @@ Application* Window::startBroadcastIndependentApplication(const HbbTVURL& url)
 Application* Window::createApplication(const HbbTVURL& url, AITApplication* entry)
 {
     ConfigurationManager* config = ConfigurationManager::getInstance();
-    if (!NotificationManager::getInstance() || !config || !config->getEventQueue())
+    if (released || !NotificationManager::getInstance() || !config || !config->getEventQueue())
         return nullptr;
     HbbTVURL target = url;
     if (runningApplication)
@@ -286,6 +302,8 @@ Application* Window::createApplication(const HbbTVURL& url, AITApplication* entr
         this, entry && !entry->isXMLAITbased(), entry ? entry->getOrganisationIdentifier() : 0,
         entry ? entry->getApplicationIdentifier() : 0, target.getFullUrl().c_str(),
         entry ? entry->getApplicationUsageType() : 0, entry && entry->isSignalledWith(AITApplication::AUTOSTART), &answer);
+    if (released)  // by a listener, while it was asked
+        return nullptr;
 
     if (answer != ANSWER_BLOCK_AND_KILL && answer != ANSWER_BLOCK_AND_KEEP) {
         Application* app = new Application(this, target, entry);
@@ -363,8 +381,13 @@ bool Window::shutdownApplication(Application* app, bool immediate, bool reactiva
         return true;
     }
 
-    if (Application* parent = app->getParentApplication())
+    if (Application* parent = app->getParentApplication()) {
         shutdownApplication(parent, true, false);
+        // A listener's answer to the parent's stop may have reactivated the table and
+        // ended this application with it.
+        if (!applicationExists(app))
+            return true;
+    }
     manager->unregisterApplication(app);
     unregisterApplication(app);
     if (app == runningApplication)
@@ -420,28 +443,25 @@ void Window::destroyPendingApplication()
 
 void Window::registerApplication(Application* app)
 {
-    applications[app->getDaxoWindow()] = app;
+    applications.push_back(app);
 }
 
 void Window::unregisterApplication(Application* app)
 {
-    auto found = applications.find(app->getDaxoWindow());
-    if (found != applications.end() && found->second == app)
-        applications.erase(found);
+    applications.erase(std::remove(applications.begin(), applications.end(), app), applications.end());
 }
 
 bool Window::applicationExists(const Application* app) const
 {
-    for (const auto& entry : applications)
-        if (entry.second == app)
-            return true;
-    return false;
+    return std::find(applications.begin(), applications.end(), app) != applications.end();
 }
 
 Application* Window::getApplication(DAXO_TesmoWindow* daxoWindow) const
 {
-    auto found = applications.find(daxoWindow);
-    return found == applications.end() ? nullptr : found->second;
+    for (auto it = applications.rbegin(); it != applications.rend(); ++it)
+        if ((*it)->getDaxoWindow() == daxoWindow)
+            return *it;
+    return nullptr;
 }
 
 } // namespace TesmoHbbTV

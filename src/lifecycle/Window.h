@@ -2,8 +2,8 @@
 #define TESMO_HBBTV_LIFECYCLE_WINDOW_H
 
 #include <cstdint>
-#include <map>
 #include <set>
+#include <vector>
 
 #include "si/AIT.h"
 #include "si/HbbTVURL.h"
@@ -66,6 +66,9 @@ public:
     bool setTimeShifted(bool shifted);
     bool isTimeShifted() const { return timeShifted; }
 
+    // A released window starts nothing more; it is torn down when it is deleted.
+    void setReleased() { released = true; }
+
     WindowState getState() const { return state; }
     void setState(WindowState newState) { state = newState; }
 
@@ -87,8 +90,11 @@ private:
     void shutDownIfTearingDown();
     bool broadband() const;
     void destroyApplication(Application* app);
+    bool sharesBrowserWindow(const Application* app) const;
 
-    std::map<DAXO_TesmoWindow*, Application*> applications;  // started, by browser window
+    // Started, oldest first. A platform with one browser window may grant the same one to
+    // a parent and its child; the newest holds the page.
+    std::vector<Application*> applications;
     WindowManager* manager;                                 // the owner
     ref_ptr<AIT> ait;
     ref_ptr<AIT> previousAIT;
@@ -98,6 +104,7 @@ private:
     Application* pendingApplication = nullptr;
     WindowState state = IDLE;
     bool timeShifted = false;
+    bool released = false;
 
     uint32_t serial;
     // Every application this window created and has not deleted yet; what is left when

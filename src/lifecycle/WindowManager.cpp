@@ -6,6 +6,7 @@
 #include "lifecycle/Application.h"
 #include "lifecycle/ApplicationPolicyHbbTV.h"
 #include "lifecycle/Window.h"
+#include "support/EntryGuard.h"
 #include "support/LogEntry.h"
 
 namespace TesmoHbbTV {
@@ -43,6 +44,7 @@ Window* WindowManager::createWindow()
 // a late notification for one of them cannot reach freed memory.
 void WindowManager::forgetWindow(Window* window)
 {
+    window->setReleased();
     windows.remove(window);
     if (broadcastWindow == window)
         broadcastWindow = nullptr;
@@ -60,8 +62,10 @@ bool WindowManager::removeWindow(Window* window)
     // the slot is all that is safe to do with it.
     if (!windowExists(window))
         return true;
+    // Unreachable at once; a listener that released it may be running inside one of its
+    // calls, so it is torn down when the outermost library call returns.
     forgetWindow(window);
-    delete window;
+    EntryGuard::dispose(window);
     return true;
 }
 

@@ -1,5 +1,7 @@
 #include "si/AITApplication.h"
 
+#include <algorithm>
+
 #include "api/ConfigurationManager.h"
 #include "si/AIT.h"
 #include "si/HbbTVURL.h"
@@ -7,6 +9,11 @@
 namespace TesmoHbbTV {
 
 namespace {
+
+bool isUsable(const AITApplicationTransport& transport, bool broadbandAvailable)
+{
+    return broadbandAvailable || transport.getProtocolId() != AITApplicationTransport::HTTP;
+}
 
 enum DescriptorTag : uint8_t {
     APPLICATION = 0x00,
@@ -236,7 +243,7 @@ bool AITApplication::getPreferredTransportProtocol(AITApplicationTransport::Prot
 AITApplicationTransport* AITApplication::firstAvailableFrom(size_t index, bool broadbandAvailable) const
 {
     for (; index < transports.size(); ++index)
-        if (broadbandAvailable || transports[index]->getProtocolId() != AITApplicationTransport::HTTP)
+        if (isUsable(*transports[index], broadbandAvailable))
             return transports[index];
     return nullptr;
 }
@@ -246,12 +253,16 @@ AITApplicationTransport* AITApplication::getFirstAvailableTransport(bool broadba
     return firstAvailableFrom(0, broadbandAvailable);
 }
 
+// A transport listed twice (one common transport named by two labels) is offered once:
+// failing over to it again would retry the same load for ever.
 AITApplicationTransport* AITApplication::getNextAvailableTransport(const AITApplicationTransport* current,
                                                                    bool broadbandAvailable) const
 {
-    for (size_t i = 0; i < transports.size(); ++i)
-        if (transports[i] == current)
-            return firstAvailableFrom(i + 1, broadbandAvailable);
+    const auto begin = transports.begin();
+    const auto at = std::find(begin, transports.end(), current);
+    for (auto next = at == transports.end() ? at : at + 1; next != transports.end(); ++next)
+        if (isUsable(**next, broadbandAvailable) && std::find(begin, next, *next) == next)
+            return next->get();
     return nullptr;
 }
 

@@ -1,5 +1,6 @@
 #include "si/HbbTVCurrentAITDVBURL.h"
 
+#include <cstdint>
 #include <cstdlib>
 
 #include "si/SiText.h"
@@ -10,9 +11,12 @@ namespace {
 
 const std::string PREFIX = "dvb://current.ait/";
 
+// What does not fit 32 bits becomes the largest value, as on the 32-bit receiver, on every
+// build.
 uint32_t hexValue(const std::string& text)
 {
-    return static_cast<uint32_t>(std::strtoul(text.c_str(), nullptr, 16));
+    const unsigned long long value = std::strtoull(text.c_str(), nullptr, 16);
+    return value > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(value);
 }
 
 } // namespace

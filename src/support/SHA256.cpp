@@ -36,7 +36,7 @@ void SHA256::reset()
 
 void SHA256::input(const char* data, unsigned length)
 {
-    for (unsigned i = 0; i < length; ++i)
+    for (unsigned i = 0; data && i < length; ++i)
         input(data[i]);
 }
 
@@ -52,14 +52,16 @@ void SHA256::input(char c)
 
 SHA256& SHA256::operator<<(const char* text)
 {
-    for (; *text; ++text)
+    for (; text && *text; ++text)
         input(*text);
     return *this;
 }
 
+// Any count, taken modulo 32: shifting a 32-bit value by 32 or more is undefined.
 unsigned SHA256::rotateRight(unsigned value, int bits) const
 {
-    return (value >> bits) | (value << (32 - bits));
+    const unsigned n = static_cast<unsigned>(bits) & 31u;
+    return n == 0 ? value : (value >> n) | (value << (32 - n));
 }
 
 void SHA256::digest()

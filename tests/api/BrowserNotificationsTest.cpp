@@ -69,9 +69,9 @@ TEST_F(BrowserNotificationsTest, FinishedLoadPromotesTheApplicationAtALaterTick)
     DAXO_TesmoWindow* browser = startBroadcastApplication();
     LogCapture log;
     EXPECT_EQ(loadFinished(browser), 0);
-    EXPECT_FALSE(log.contains("Initial page of application successfully loaded."));
+    EXPECT_FALSE(log.contains(LOG_LEVEL_LOG, "Window", "Initial page of application successfully loaded."));
     tickAll();
-    EXPECT_TRUE(log.contains("Initial page of application successfully loaded."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Initial page of application successfully loaded."));
     int result = 5;
     EXPECT_TRUE(notify(browser, DAXO_TESMO_EVT_LOADING_STARTED, nullptr, &result));
     EXPECT_EQ(result, 0);
@@ -86,8 +86,8 @@ TEST_F(BrowserNotificationsTest, NotFoundAndConnectionFailuresFailOverToTheCarou
     EXPECT_THAT(openedUrls(), ElementsAre("http://app1.tv/index.html", "dvb://1.2.3.5/index.html"));
 
     EXPECT_EQ(loadFinished(appWindow(), 3, 200), 0);
-    EXPECT_TRUE(log.contains("DAXO_LOAD_CONNECTION_FAILED"));
-    EXPECT_TRUE(log.contains("Automatic load of AUTOSTART application failed."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "DAXO_LOAD_CONNECTION_FAILED"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Automatic load of AUTOSTART application failed."));
     int result = 9;
     EXPECT_TRUE(notify(browser, DAXO_TESMO_EVT_LOADING_FAILED, nullptr, &result)) << "still the window's browser window";
     EXPECT_EQ(result, -3) << "but no application's any more";
@@ -160,12 +160,12 @@ TEST_F(BrowserNotificationsTest, PendingCarouselFileArrivesWithTheReadyEventUnti
     EXPECT_TRUE(notify(browser, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &stop, &result));
     LogCapture log;
     EXPECT_FALSE(notify(browser, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &stop, &result));
-    EXPECT_TRUE(log.contains("Unrecognized id, releasing to platform"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "Unrecognized id, releasing to platform"));
     HBBTV_EventData* again = platformEvent();
     again->dsmcc_file.handle = stream;
     post(HBBTV_EVENT_DSMCC_FILE_ERROR, again);
     tickAll();
-    EXPECT_TRUE(log.contains("Unknown id when reporting download failed"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "OCDownloadManager", "Unknown id when reporting download failed"));
 }
 
 TEST_F(BrowserNotificationsTest, FailedCarouselFilesEndTheRequestWith404)
@@ -177,7 +177,7 @@ TEST_F(BrowserNotificationsTest, FailedCarouselFilesEndTheRequestWith404)
     world().getFileResult = DSMCC_FILE_ERROR_CODE;
     LogCapture log;
     protocolStart(browser, "dvb:/missing.png", stream, &result);
-    EXPECT_TRUE(log.contains("Failed to load dvb url."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "Failed to load dvb url."));
     EXPECT_EQ(world().callsTo("tm_protocol_failed"), (std::vector<Call>{{"tm_protocol_failed", {ptr(stream), "404"}}}));
 
     world().reset();
@@ -209,11 +209,11 @@ TEST_F(BrowserNotificationsTest, ScriptRequestsAreVettedAgainstTheBoundaries)
     LogCapture log;
     EXPECT_EQ(xhr(browser, "http://app1.tv/index.html", "http://tracker.tv/x", permission), 0);
     EXPECT_EQ(permission, HBBTV_XHR_PERMISSION_CORE_DECIDES);
-    EXPECT_TRUE(log.contains("Letting core decide on an out of bound http(s) XHR request."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "tesmo_hbbtv", "Letting core decide on an out of bound http(s) XHR request."));
     world().sameCarousel = 0;
     EXPECT_EQ(xhr(browser, "http://app1.tv/index.html", "dvb://9.9.9.9/x", permission), 0);
     EXPECT_EQ(permission, HBBTV_XHR_PERMISSION_DENY);
-    EXPECT_TRUE(log.contains("Denying out of bound dvb XHR request."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "tesmo_hbbtv", "Denying out of bound dvb XHR request."));
 }
 
 TEST_F(BrowserNotificationsTest, XmlAitFromABroadbandApplicationStartsItsApplication)
@@ -242,12 +242,12 @@ TEST_F(BrowserNotificationsTest, XmlAitIsRefusedWhenNotAllowedOrInvalid)
     LogCapture log;
     EXPECT_TRUE(notify(broadcast, DAXO_TESMO_EVT_AIT, &empty, &result));
     EXPECT_EQ(result, 1);
-    EXPECT_TRUE(log.contains("XML AIT received but not allowed to start"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "XML AIT received but not allowed to start"));
 
     DAXO_TesmoWindow* broadband = startBroadbandApplication("http://portal.tv/");
     EXPECT_TRUE(notify(broadband, DAXO_TESMO_EVT_AIT, &empty, &result));
     EXPECT_EQ(result, 1);
-    EXPECT_TRUE(log.contains("Invalid XML AIT received, rejecting"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "Invalid XML AIT received, rejecting"));
     tickAll();
     EXPECT_EQ(platform().ofType(HBBTV_NOTIFICATION_APPLICATION_STOP).size(), 2u) << "the broadband application ends";
 }

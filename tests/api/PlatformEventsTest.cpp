@@ -114,7 +114,7 @@ TEST_F(PlatformEventsTest, PlatformStartsAndTerminatesApplications)
     terminate->terminate_application.window = window;
     post(HBBTV_EVENT_TERMINATE_APPLICATION, terminate);
     tickAll();
-    EXPECT_TRUE(log.contains("Terminate app!"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "ExternalEvent", "Terminate app!"));
     EXPECT_EQ(platform().ofType(HBBTV_NOTIFICATION_APPLICATION_STOP).size(), 1u);
 
     HBBTV_EventData* independent = platformEvent();

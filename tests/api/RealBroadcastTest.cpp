@@ -44,8 +44,8 @@ TEST_F(RealBroadcastTest, RaiApplicationsNeedATerminalOfVersion141)
         LogCapture log;
         postSection(sections[0]);
         tickAll();
-        EXPECT_TRUE(log.contains("Attempt to start application with unsupported platform profile.")) << identity;
-        EXPECT_TRUE(log.contains("AUTOSTART application failed to start.")) << identity;
+        EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile.")) << identity;
+        EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "AUTOSTART application failed to start.")) << identity;
     }
     EXPECT_THAT(world().callsTo("hbbtv_ait_completed"), ElementsAre(Call{"hbbtv_ait_completed", {"0"}},
                                                                     Call{"hbbtv_ait_completed", {"0"}}));

@@ -42,7 +42,7 @@ TEST_F(BindingsTest, ApplicationIdOfAPage)
     void* id = nullptr;
     LogCapture log;
     EXPECT_EQ(native_AppManGetApplicationId(PAGE, &id), 3);
-    EXPECT_TRUE(log.contains("No window found in native call"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "ApplicationManager", "No window found in native call"));
     void* app = startSignedApplication();
     EXPECT_NE(app, nullptr);
     EXPECT_EQ(world().callsTo("tm_get_window").back().args, (std::vector<std::string>{ptr(core()), "77"}));
@@ -61,7 +61,7 @@ TEST_F(BindingsTest, ShowHideAndUnknownIdentifiers)
     EXPECT_EQ(native_ApplicationShow(reinterpret_cast<void*>(9999)), 3);
     EXPECT_EQ(native_ApplicationDestroyApplication(reinterpret_cast<void*>(9999)), 3);
     EXPECT_EQ(native_ApplicationDestroyApplication(nullptr), 3);
-    EXPECT_TRUE(log.contains("Native application manager api called with invalid appId."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Native application manager api called with invalid appId."));
 }
 
 TEST_F(BindingsTest, CreateFromTheCurrentTableOrFromBroadband)
@@ -79,9 +79,9 @@ TEST_F(BindingsTest, CreateFromTheCurrentTableOrFromBroadband)
     tickAll();
     LogCapture log;
     EXPECT_EQ(native_ApplicationCreateApplication("http://portal.tv/", 0, parent, &child), 1);
-    EXPECT_TRUE(log.contains("Create application failed"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Create application failed"));
     EXPECT_EQ(native_ApplicationCreateApplication("http://portal.tv/", 0, reinterpret_cast<void*>(555), &child), 3);
-    EXPECT_TRUE(log.contains("Invalid parent application id in native application create call"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Invalid parent application id in native application create call"));
 }
 
 TEST_F(BindingsTest, ChildStartsBesideItsParentAndDestroyEndsIt)

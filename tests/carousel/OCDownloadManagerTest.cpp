@@ -39,13 +39,13 @@ TEST_F(OCDownloadManagerTest, UnknownIdAndMimeFailureEndTheRequest)
     LogCapture log;
     world().getFileResult = DSMCC_UNKNOWN_ID;
     EXPECT_EQ(downloads.startDownload(HbbTVDVBURL("dvb://1.2.3.4/a"), id), OCDownloadManager::FAILED);
-    EXPECT_TRUE(log.contains("Unexpected return code from dsmcc_get_file: DSMCC_UNKNOWN_ID"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "OCDownloadManager", "Unexpected return code from dsmcc_get_file: DSMCC_UNKNOWN_ID"));
 
     world().reset();
     world().mimeTypeResult = DSMCC_FILE_ERROR_CODE;
     world().mimeType = "text/plain";  // handed over even so; must not leak
     EXPECT_FALSE(downloads.reportDownloadSucceeded(id));
-    EXPECT_TRUE(log.contains("dsmcc_get_mime_type != DSMCC_OK"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "OCDownloadManager", "dsmcc_get_mime_type != DSMCC_OK"));
     EXPECT_EQ(world().callsTo("tm_protocol_failed").size(), 1u);
 }
 
@@ -60,7 +60,7 @@ TEST_F(OCDownloadManagerTest, ReadyReportDeliversAgainUntilStopped)
     EXPECT_FALSE(downloads.stopDownload(id));
     LogCapture log;
     EXPECT_FALSE(downloads.reportDownloadSucceeded(id));
-    EXPECT_TRUE(log.contains("Unknown id when reporting download success"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "OCDownloadManager", "Unknown id when reporting download success"));
     EXPECT_EQ(world().callsTo("tm_protocol_finished").size(), 2u);
 }
 

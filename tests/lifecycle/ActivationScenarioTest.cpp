@@ -22,8 +22,8 @@ TEST_F(ActivationTest, HighestPriorityAutostartWithASupportedProfileStarts)
     deliver(table({entry(1, 2, 20), tooNew, entry(2, 1, 5), entry(3, 1, 3)}));
 
     EXPECT_THAT(platform().startedUrls(), ElementsAre("http://app2.tv/index.html"));
-    EXPECT_TRUE(log.contains("Attempt to start application with unsupported platform profile."));
-    EXPECT_TRUE(log.contains("First AUTOSTART application failed to start, started lower prio one instead."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "First AUTOSTART application failed to start, started lower prio one instead."));
     EXPECT_THAT(openedUrls(), IsEmpty()) << "the start waits for a tick";
 
     tickAll();
@@ -53,7 +53,7 @@ TEST_F(ActivationTest, ApplicationStillSignalledContinuesWithTheNewEntry)
     EXPECT_EQ(running(), app);
     EXPECT_EQ(app->getAITApplication(), next->getAITApplication(0u));
     EXPECT_EQ(app->getTransport(), next->getAITApplication(0u)->getTransports()[0].get());
-    EXPECT_TRUE(log.contains("Allowing running application to continue at new AIT load."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Allowing running application to continue at new AIT load."));
     EXPECT_THAT(platform().types(), IsEmpty());
 }
 
@@ -65,14 +65,14 @@ TEST_F(ActivationTest, KilledOrMissingApplicationIsReplacedByTheNewAutostart)
         const uint32_t firstId = first->getID();
         LogCapture log;
         deliver(table(successor, 2));
-        EXPECT_TRUE(log.contains("Tearing down running application at new AIT load"));
+        EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Tearing down running application at new AIT load"));
         EXPECT_EQ(window->getState(), Window::TEARING_DOWN);
         EXPECT_EQ(running(), first) << "the old application lives until its successor starts";
         tickAll();
         ASSERT_NE(running(), nullptr);
         EXPECT_NE(running()->getID(), firstId);
         EXPECT_EQ(running()->getApplicationIdentifier(), 2);
-        EXPECT_TRUE(log.contains("Shutting down existing application."));
+        EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Shutting down existing application."));
         tesmo_hbbtv_release_window(window);
         window = tesmo_hbbtv_create_window();
         tesmo_hbbtv_set_broadcast_window(window);
@@ -126,7 +126,7 @@ TEST_F(ActivationTest, RunningStateWithoutApplicationFallsBackToIdle)
     LogCapture log;
     window->setState(Window::RUNNING);
     deliver(table({entry(1, 1)}));
-    EXPECT_TRUE(log.contains("When activating AIT the manager state was RUNNING, but no running application was found."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "When activating AIT the manager state was RUNNING, but no running application was found."));
     EXPECT_THAT(platform().startedUrls(), ElementsAre("http://app1.tv/index.html"));
 }
 
@@ -138,7 +138,7 @@ TEST_F(ActivationTest, ApplicationThatLeftTheBroadcastRejoinsIt)
     deliver(table({entry(1, 2)}, 2));
     EXPECT_EQ(running(), app);
     EXPECT_TRUE(app->isBroadcastRelated());
-    EXPECT_TRUE(log.contains("Transferring state of running application from broadcast independent (transitioned "
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Transferring state of running application from broadcast independent (transitioned "
                              "earlier from broadcast related) to broadcast related at new AIT load."));
 }
 
@@ -166,7 +166,7 @@ TEST_F(ActivationTest, BroadbandApplicationJoinsTheBroadcastWhenItsPageIsInsideT
     deliver(table({entry(1, 2)}, 1));
     EXPECT_EQ(running(), app);
     EXPECT_TRUE(app->isBroadcastRelated());
-    EXPECT_TRUE(log.contains("Transferring state of running application from broadcast independent to broadcast related at new AIT load"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Transferring state of running application from broadcast independent to broadcast related at new AIT load"));
     EXPECT_EQ(app->getTransport()->getUrlBase(), "http://app1.tv/");
 }
 

@@ -26,7 +26,7 @@ TEST_F(LifetimeSafetyTest, ReleasedWindowIgnoresQueuedStart)
     tesmo_hbbtv_release_window(window);
     window = tesmo_hbbtv_create_window();  // likely at the same address
     tickAll();
-    EXPECT_TRUE(log.contains("Invalid setup or window do not exist."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "StartApplicationEvent", "Invalid setup or window do not exist."));
     EXPECT_EQ(running(), nullptr);
     EXPECT_THAT(platform().ofType(HBBTV_NOTIFICATION_REQUEST_WINDOW), IsEmpty());
 }
@@ -61,9 +61,9 @@ TEST_F(LifetimeSafetyTest, ReplacedPendingApplicationIsDeletedByItsOwnStart)
     Application* first = window->startBroadcastIndependentApplication(HbbTVURL("http://first.tv/"));
     Application* second = window->startBroadcastIndependentApplication(HbbTVURL("http://second.tv/"));
     EXPECT_NE(first, second);
-    EXPECT_TRUE(log.contains("Pending application added when pending already existed."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Pending application added when pending already existed."));
     tickAll();
-    EXPECT_TRUE(log.contains("startPendingApplication: application does not matching pending application, aborting."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "startPendingApplication: application does not matching pending application, aborting."));
     EXPECT_EQ(running(), second);
     EXPECT_EQ(openedUrls(), std::vector<std::string>{"http://second.tv/"});
 }
@@ -97,7 +97,7 @@ TEST_F(LifetimeSafetyTest, LateNotificationsForAReleasedWindowFindNothing)
     EXPECT_EQ(tesmo_hbbtv_get_window_identifier(browser), nullptr);
     queue(new LoadSuccessEvent(browser));
     tickAll();
-    EXPECT_TRUE(log.contains("Could not get Window for given tesmo window."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "LoadSuccessEvent", "Could not get Window for given tesmo window."));
     EXPECT_EQ(tesmo_hbbtv_get_daxo_window(window), nullptr);
     EXPECT_FALSE(tesmo_hbbtv_is_within_boundaries(window, "http://app1.tv/"));
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, 1), HBBTV_STATUS_FAILED);

@@ -69,14 +69,14 @@ TEST_F(StartStopTest, ListenerMayBlockAndKeepOrBlockAndKill)
     tickAll();
     EXPECT_EQ(running(), first);
     EXPECT_EQ(window->getState(), Window::RUNNING);
-    EXPECT_TRUE(log.contains("Leaving running application."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "Window", "Leaving running application."));
 
     platform().startAction = HBBTV_APPLICATION_ACTION_BLOCK_AND_KILL;
     EXPECT_EQ(window->startBroadcastIndependentApplication(HbbTVURL("http://other.tv/")), nullptr);
     EXPECT_EQ(running(), first) << "killed at a later tick";
     tickAll();
     EXPECT_EQ(running(), nullptr);
-    EXPECT_TRUE(log.contains("Killing running application."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "Window", "Killing running application."));
 }
 
 TEST_F(StartStopTest, InvalidIdentifierIsBlockedUnlessTheListenerAllowsIt)
@@ -98,12 +98,12 @@ TEST_F(StartStopTest, NextAutostartEntryIsTriedWhenTheLastTransportFails)
     tickAll();
     LogCapture log;
     EXPECT_TRUE(window->reportLoadFailed(runningBrowserWindow()));
-    EXPECT_TRUE(log.contains("Loading failed, trying to load next AUTOSTART application instead."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Loading failed, trying to load next AUTOSTART application instead."));
     tickAll();
     EXPECT_EQ(running()->getApplicationIdentifier(), 2);
 
     EXPECT_TRUE(window->reportLoadFailed(runningBrowserWindow()));
-    EXPECT_TRUE(log.contains("Automatic load of AUTOSTART application failed."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Automatic load of AUTOSTART application failed."));
     tickAll();
     EXPECT_EQ(running(), nullptr);
 }
@@ -117,12 +117,12 @@ TEST_F(ScriptListenersTest, FailedChildGivesWayToItsParent)
     LogCapture log;
     tickAll();
     EXPECT_EQ(running(), child);
-    EXPECT_TRUE(log.contains("Allowing currently running application to live as fallback until initial page of new application loaded."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "Window", "Allowing currently running application to live as fallback until initial page of new application loaded."));
     EXPECT_TRUE(window->applicationExists(parent));
 
     const uint32_t childId = child->getID();
     EXPECT_TRUE(window->reportLoadFailed(child->getDaxoWindow()));
-    EXPECT_TRUE(log.contains("Loading failed, parent application will not be killed."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Loading failed, parent application will not be killed."));
     EXPECT_EQ(running(), parent);
     tickAll();
     EXPECT_FALSE(window->findApplication(childId));
@@ -156,7 +156,7 @@ TEST_F(StartStopTest, StoppingTheLastBroadcastApplicationCanBringTheTableBack)
     LogCapture log;
     platform().reactivateAit = true;
     EXPECT_TRUE(window->shutdownApplication(app, true, false));
-    EXPECT_TRUE(log.contains("Reactivating AIT..."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Reactivating AIT..."));
     EXPECT_EQ(platform().startedUrls().size(), 2u) << "the table's AUTOSTART application starts again";
 
     const std::vector<Notice> stops = platform().ofType(HBBTV_NOTIFICATION_APPLICATION_STOP);
@@ -180,7 +180,7 @@ TEST_F(StartStopTest, RefusedBrowserWindowEndsTheStart)
     window->startBroadcastIndependentApplication(HbbTVURL("http://tv/"));
     tickAll();
     EXPECT_EQ(running(), nullptr);
-    EXPECT_TRUE(log.contains("startPendingApplication(): Failed to initialize application."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "startPendingApplication(): Failed to initialize application."));
     EXPECT_THAT(openedUrls(), IsEmpty());
 }
 
@@ -196,8 +196,8 @@ TEST_F(StartStopTest, TimeShiftEndsApplicationsThatCannotFollowIt)
     LogCapture log;
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, 1), HBBTV_STATUS_OK);
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, 1), HBBTV_STATUS_FAILED) << "unchanged";
-    EXPECT_TRUE(log.contains("Reactivating AIT..."));
-    EXPECT_TRUE(log.contains("First AUTOSTART application failed to start, started lower prio one instead."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Reactivating AIT..."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "First AUTOSTART application failed to start, started lower prio one instead."));
     tickAll();
     ASSERT_NE(running(), nullptr);
     EXPECT_EQ(running()->getApplicationIdentifier(), 2) << "only the trick-mode-aware application runs time-shifted";

@@ -50,7 +50,7 @@ TEST_F(WindowManagerTest, RemovingNothingTouchesNoSlot)
 {
     LogCapture log;
     EXPECT_FALSE(manager->removeWindow(nullptr));
-    EXPECT_TRUE(log.contains("WindowManager::removeWindow()"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "WindowManager", "WindowManager::removeWindow()"));
     EXPECT_NE(tesmo_hbbtv_create_window(), nullptr);
 }
 

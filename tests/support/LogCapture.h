@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <iomanip>
+#include <sstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +12,20 @@
 #include "support/Logging.h"
 
 namespace tesmo_test {
+
+using TesmoHbbTV::LOG_LEVEL_DEBUG;
+using TesmoHbbTV::LOG_LEVEL_ERR;
+using TesmoHbbTV::LOG_LEVEL_LOG;
+using TesmoHbbTV::LOG_LEVEL_WARN;
+
+// A line as LogCapture::messages() gives it, written out independently of the library.
+inline std::string LogLine(TesmoHbbTV::LogLevel level, const std::string& module, const std::string& text)
+{
+    static const char* const words[] = {" DEBUG ", "   LOG ", "  WARN ", "   ERR "};
+    std::ostringstream line;
+    line << words[level - 1] << "[" << std::setw(12) << module << "] " << text;
+    return line.str();
+}
 
 // Collects every line the library writes, stamped by a fixed clock (1970-01-01 00:00:00 UTC).
 class LogCapture {
@@ -36,10 +52,12 @@ public:
             out.push_back(line.substr(STAMP.size(), line.size() - STAMP.size() - 1));
         return out;
     }
-    bool contains(const std::string& message) const
+    // Level, module and text all match one line exactly.
+    bool contains(TesmoHbbTV::LogLevel level, const std::string& module, const std::string& text) const
     {
+        const std::string wanted = LogLine(level, module, text);
         for (const std::string& m : messages())
-            if (m.find(message) != std::string::npos)
+            if (m == wanted)
                 return true;
         return false;
     }

@@ -16,6 +16,8 @@ void PlatformListener::reset()
     reactivateAit.reset();
     trusted.reset();
     freeMemory = -1;
+    grantOneWindow = false;
+    onNotice = nullptr;
     lastGranted = nullptr;
 }
 
@@ -26,7 +28,10 @@ void PlatformListener::install()
 
 HBBTV_STATUS PlatformListener::listen(HBBTV_NotificationType type, HBBTV_NotificationData* data)
 {
-    get().handle(type, data);
+    PlatformListener& listener = get();
+    listener.handle(type, data);
+    if (listener.onNotice)
+        listener.onNotice(type, data);
     return HBBTV_STATUS_OK;
 }
 
@@ -80,7 +85,8 @@ void PlatformListener::handle(HBBTV_NotificationType type, HBBTV_NotificationDat
         notice.window = data->request_window.window;
         if (grantWindows) {
             lastGranted = reinterpret_cast<DAXO_TesmoWindow*>(nextWindow);
-            nextWindow += 0x100;
+            if (!grantOneWindow)
+                nextWindow += 0x100;
             *data->request_window.window_slot = lastGranted;
             data->request_window.granted = 1;
         }

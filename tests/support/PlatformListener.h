@@ -5,6 +5,7 @@
 // fields, grants browser windows and answers the library's questions as programmed.
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -58,6 +59,11 @@ public:
     std::optional<bool> reactivateAit;     // written through the stop record when set
     std::optional<bool> trusted;
     long freeMemory = -1;                  // left as is when -1
+    // A TV with one HbbTV browser window grants the same one to every request.
+    bool grantOneWindow = false;
+    // Called after a notification is recorded and answered: what an integrator's listener
+    // does besides answering, such as calling back into the library.
+    std::function<void(HBBTV_NotificationType, HBBTV_NotificationData*)> onNotice;
 
     static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
 
