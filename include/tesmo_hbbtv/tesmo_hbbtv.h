@@ -3,10 +3,28 @@
 
 /* The library's exported interface.
  *
- * Threads: tesmo_hbbtv_send_event may be called from any thread. Every other function,
- * every listener callback and every script binding runs on the browser thread, the one
- * that calls tesmo_hbbtv_tick. tesmo_hbbtv_init and tesmo_hbbtv_shutdown must not overlap
- * any other call.
+ * Threads: tesmo_hbbtv_send_event may be called from any thread at any time: before
+ * tesmo_hbbtv_init, while the library runs, and across tesmo_hbbtv_shutdown and a later
+ * init. Every other function, every listener callback and every script binding runs on
+ * the browser thread, the one that calls tesmo_hbbtv_tick. tesmo_hbbtv_init and
+ * tesmo_hbbtv_shutdown must not overlap any other call on the browser thread.
+ *
+ * Calling back: notification listeners, the script listeners set with
+ * native_ApplicationManagerSetListener and native_ApplicationManagerSetAppDestroyedListener,
+ * and stream-event callbacks run inside the library call that raised them. They may call
+ * every exported function and binding, which acts at once on the state as it is then:
+ *  - tesmo_hbbtv_release_window: the window is unreachable at once (not the broadcast
+ *    window, its browser windows no longer HbbTV windows, queued work for it dropped) and
+ *    starts nothing more; its applications are stopped and their browser windows released
+ *    when the outermost library call returns.
+ *  - an application stopped or destroyed from a callback is gone for every later call at
+ *    once; its memory is freed when the outermost call returns, so the call below the
+ *    callback never meets freed memory.
+ *  - tesmo_hbbtv_tick runs the next queued event inside the callback.
+ *  - tesmo_hbbtv_create_window gives null while tesmo_hbbtv_shutdown closes the windows.
+ *  - tesmo_hbbtv_init and tesmo_hbbtv_shutdown are refused with an ERR log line and leave
+ *    the library as it was.
+ * Calls that do not come from a callback behave as if this list did not exist.
  *
  * Ownership: an HBBTV_EventData record and every string or buffer in it that the event
  * type owns pass to the library with tesmo_hbbtv_send_event (allocate them with malloc;

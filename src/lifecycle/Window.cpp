@@ -71,7 +71,8 @@ bool Window::broadband() const
 // window still shows its page in it; the memory may still be in use further up the stack.
 void Window::destroyApplication(Application* app)
 {
-    owned.erase(app);
+    if (owned.erase(app) == 0)  // destroyed already, by a call that a listener made meanwhile
+        return;
     if (sharesBrowserWindow(app))
         app->setDaxoWindow(nullptr);
     else
@@ -345,7 +346,8 @@ void Window::startPendingApplication(Application* app)
         shutdownApplication(runningApplication, true, false);
     }
 
-    if (!app->init() || !app->getDaxoWindow()) {
+    // A listener may release this window while it grants the browser window.
+    if (!app->init() || !app->getDaxoWindow() || released) {
         windowLog(LOG_LEVEL_WARN) << "startPendingApplication(): Failed to initialize application.";
         if (!tryRestoreParentApplication(app))
             shutdownApplication(app, true, false);

@@ -33,7 +33,7 @@ WindowManager::~WindowManager()
 Window* WindowManager::createWindow()
 {
     LogEntry(LOG_LEVEL_LOG, "WindowManager") << "WindowManager::createWindow()";
-    if (!policy->requestNewWindow())
+    if (closing || !policy->requestNewWindow())
         return nullptr;
     Window* window = new Window(this);
     windows.push_back(window);
@@ -69,8 +69,10 @@ bool WindowManager::removeWindow(Window* window)
     return true;
 }
 
+// Only on the way out: a listener may not open windows while they are being closed.
 void WindowManager::removeAllWindows()
 {
+    closing = true;
     while (!windows.empty()) {
         Window* window = windows.front();
         policy->releaseWindow();
@@ -109,7 +111,8 @@ DAXO_TesmoWindow* WindowManager::getDaxoWindow(const Window* window) const
 // browser window overwrites the entry.
 void WindowManager::registerDaxoWindow(DAXO_TesmoWindow* daxoWindow, Window* window)
 {
-    browserWindows[daxoWindow] = window;
+    if (windowExists(window))  // a released window is never reached again
+        browserWindows[daxoWindow] = window;
 }
 
 void WindowManager::unregisterDaxoWindow(DAXO_TesmoWindow* daxoWindow)

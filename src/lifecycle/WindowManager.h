@@ -52,6 +52,7 @@ private:
 
     std::list<Window*> windows;                           // owned, in creation order
     bool broadbandUsable = true;
+    bool closing = false;
     std::map<DAXO_TesmoWindow*, Window*> browserWindows;  // not owning
     std::map<unsigned long, Application*> applications;   // not owning
     std::unique_ptr<ApplicationPolicy> policy;

@@ -22,10 +22,12 @@ const char* levelWord(LogLevel level)
 
 } // namespace
 
-LogEntry::LogEntry(LogLevel level, std::string module)
-    : level(level), module(std::move(module))
+LogEntry::LogEntry(LogLevel level, const char* module) : level(level)
 {
-    writeHead();
+    if (!Logging::wants(level))
+        return;
+    text.emplace();
+    writeHead(module ? module : "");
 }
 
 LogEntry::~LogEntry()
@@ -33,7 +35,7 @@ LogEntry::~LogEntry()
     output();
 }
 
-void LogEntry::writeHead()
+void LogEntry::writeHead(const char* module)
 {
     std::time_t now = Logging::now();
     std::tm local{};
@@ -41,20 +43,20 @@ void LogEntry::writeHead()
     char stamp[32];
     std::strftime(stamp, sizeof stamp, "%x %X", &local);
 
-    text << stamp << levelWord(level);
+    *text << stamp << levelWord(level);
     // With no module the closing bracket is missing; readers of existing logs expect that.
-    if (module.empty())
-        text << "[" << std::setw(12) << std::setfill(' ') << "NO MODULE | ";
+    if (!*module)
+        *text << "[" << std::setw(12) << std::setfill(' ') << "NO MODULE | ";
     else
-        text << "[" << std::setw(12) << std::setfill(' ') << module << "] ";
+        *text << "[" << std::setw(12) << std::setfill(' ') << module << "] ";
 }
 
 void LogEntry::output()
 {
-    if (written)
+    if (written || !text)
         return;
     written = true;
-    text << std::endl;
+    *text << std::endl;
     Logging::getInstance()->output(*this);
 }
 

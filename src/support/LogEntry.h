@@ -1,6 +1,7 @@
 #ifndef TESMO_HBBTV_SUPPORT_LOGENTRY_H
 #define TESMO_HBBTV_SUPPORT_LOGENTRY_H
 
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -15,10 +16,11 @@ enum LogLevel : int {
 };
 
 // One log line. Build it as a temporary, stream the message into it, and let it die:
-// the destructor hands the finished line to Logging.
+// the destructor hands the finished line to Logging. A line that no registered output
+// would write is never formatted.
 class LogEntry {
 public:
-    LogEntry(LogLevel level, std::string module);
+    LogEntry(LogLevel level, const char* module);
     ~LogEntry();
 
     LogEntry(const LogEntry&) = delete;
@@ -27,20 +29,20 @@ public:
     template <typename T>
     LogEntry& operator<<(const T& value)
     {
-        text << value;
+        if (text)
+            *text << value;
         return *this;
     }
 
     void output();
     LogLevel getLogLevel() const { return level; }
-    std::string getString() const { return text.str(); }
+    std::string getString() const { return text ? text->str() : std::string(); }
 
 private:
-    void writeHead();
+    void writeHead(const char* module);
 
     LogLevel level;
-    std::string module;
-    std::ostringstream text;
+    std::optional<std::ostringstream> text;  // empty when no output wants the level
     bool written = false;
 };
 

@@ -4,7 +4,7 @@
 
 namespace TesmoHbbTV {
 
-Logging* Logging::instance = nullptr;
+std::atomic<Logging*> Logging::instance{nullptr};
 Logging::TimeSource Logging::timeSource = nullptr;
 
 Logging::Logging()
@@ -44,9 +44,17 @@ std::time_t Logging::now()
     return timeSource ? timeSource() : std::time(nullptr);
 }
 
+bool Logging::wants(LogLevel level)
+{
+    const Logging* logging = instance;
+    return logging && level >= logging->lowestWantedLevel.load(std::memory_order_relaxed);
+}
+
 void Logging::addOutput(std::unique_ptr<LoggingOutput> output)
 {
     pthread_mutex_lock(&mutex);
+    if (output->getMinimumLevel() < lowestWantedLevel)
+        lowestWantedLevel = output->getMinimumLevel();
     outputs.push_back(std::move(output));
     pthread_mutex_unlock(&mutex);
 }

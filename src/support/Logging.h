@@ -3,6 +3,8 @@
 
 #include <pthread.h>
 
+#include <atomic>
+#include <climits>
 #include <ctime>
 #include <memory>
 #include <vector>
@@ -12,8 +14,8 @@
 
 namespace TesmoHbbTV {
 
-// Hands finished lines to the registered outputs. The library registers none itself; with
-// no output, lines are formatted and dropped.
+// Hands finished lines to the registered outputs. The library registers none itself; a
+// line of a level that no output writes is not even formatted.
 class Logging {
 public:
     using TimeSource = std::time_t (*)();
@@ -26,6 +28,9 @@ public:
     static void setTimeSource(TimeSource source);
     static std::time_t now();
 
+    // Any thread; without building the instance.
+    static bool wants(LogLevel level);
+
     void addOutput(std::unique_ptr<LoggingOutput> output);
     void output(LogEntry& entry);
 
@@ -37,9 +42,10 @@ private:
     ~Logging();
 
     std::vector<std::unique_ptr<LoggingOutput>> outputs;
+    std::atomic<int> lowestWantedLevel{INT_MAX};
     pthread_mutex_t mutex;
 
-    static Logging* instance;
+    static std::atomic<Logging*> instance;
     static TimeSource timeSource;
 };
 

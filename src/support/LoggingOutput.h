@@ -15,6 +15,7 @@ public:
     LoggingOutput& operator=(const LoggingOutput&) = delete;
 
     virtual void output(LogEntry& entry) = 0;
+    LogLevel getMinimumLevel() const { return minimumLevel; }
 
 protected:
     bool accepts(const LogEntry& entry) const { return entry.getLogLevel() >= minimumLevel; }

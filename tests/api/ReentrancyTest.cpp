@@ -136,22 +136,25 @@ TEST_F(ReentrancyTest, ListenerClosesTheWindowWhenThePageLeavesTheBroadcast)
     EXPECT_EQ(native_AppManGetApplicationId(PAGE, nullptr), 3);
 }
 
-TEST_F(ReentrancyTest, ListenerClosesTheWindowWhenAskedToStartInIt)
+TEST_F(ReentrancyTest, ListenerClosesTheWindowWhileAnApplicationStartsInIt)
 {
-    HBBTV_Window* closing = window;
-    whenNotified(HBBTV_NOTIFICATION_APPLICATION_START,
-                 [closing](HBBTV_NotificationData*) { tesmo_hbbtv_release_window(closing); });
-    postSection(autostartSection());
-    tickAll();
-    EXPECT_THAT(platform().startedUrls(), ElementsAre("http://app1.tv/index.html"));
-    EXPECT_THAT(platform().ofType(HBBTV_NOTIFICATION_REQUEST_WINDOW), IsEmpty()) << "nothing starts in a closed window";
+    // Asked whether the application may start, or for its browser window: nothing opens.
+    for (HBBTV_NotificationType asked : {HBBTV_NOTIFICATION_APPLICATION_START, HBBTV_NOTIFICATION_REQUEST_WINDOW}) {
+        HBBTV_Window* closing = window;
+        whenNotified(asked, [closing](HBBTV_NotificationData*) { tesmo_hbbtv_release_window(closing); });
+        postSection(autostartSection(uint8_t(asked)));
+        tickAll();
+        EXPECT_THAT(openedUrls(), IsEmpty()) << asked;
+        EXPECT_EQ(tesmo_hbbtv_get_broadcast_window(), nullptr) << asked;
+        window = tesmo_hbbtv_create_window();
+        tesmo_hbbtv_set_broadcast_window(window);
+    }
+    EXPECT_EQ(releasedBrowserWindows().size(), 1u) << "the granted browser window goes back";
 
-    // The same from a page's script, in a second window.
-    window = tesmo_hbbtv_create_window();
-    tesmo_hbbtv_set_broadcast_window(window);
+    // The same from a page's script.
     platform().onNotice = nullptr;
     void* parent = runBroadbandApplication();
-    closing = window;
+    HBBTV_Window* closing = window;
     whenNotified(HBBTV_NOTIFICATION_APPLICATION_START,
                  [closing](HBBTV_NotificationData*) { tesmo_hbbtv_release_window(closing); });
     void* child = reinterpret_cast<void*>(1);

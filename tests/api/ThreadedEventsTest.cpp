@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "BroadcastFixture.h"
+#include "tesmo_hbbtv/bindings.h"
 
 using namespace tesmo_test;
 
@@ -68,6 +69,40 @@ TEST_F(ThreadedEventsTest, FourPlatformThreadsAgainstTheBrowserThread)
         tesmo_hbbtv_tick();
     EXPECT_EQ(world().callsTo("tm_set_uastring_extension").size(), size_t(threads * perThread / 4));
     EXPECT_GT(requests, 0);
+}
+
+std::atomic<int> lowMemoryReports{0};
+
+// Senders do not know whether the library is running: before init, during a run, across
+// shutdown and across a second init, an event is either queued and run or not taken.
+TEST(ThreadedLifecycleTest, SendersAcrossShutdownAndASecondInit)
+{
+    FakeWorld::get().reset();
+    native_ApplicationManagerSetListener([](uint32_t, uint32_t) { ++lowMemoryReports; });
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> senders;
+    for (int t = 0; t < 3; ++t)
+        senders.emplace_back([&stop] {
+            while (!stop.load())
+                tesmo_hbbtv_send_event(HBBTV_EVENT_LOW_MEMORY, nullptr);  // a record-less event
+        });
+    auto run = [](int ticks) {
+        for (int i = 0; i < ticks; ++i)
+            tesmo_hbbtv_tick();
+    };
+    run(200);  // not initialised yet
+    for (int cycle = 0; cycle < 2; ++cycle) {
+        tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0xC0DE));
+        tesmo_hbbtv_create_window();
+        run(2000);
+        tesmo_hbbtv_shutdown();  // with events still queued
+        run(200);
+    }
+    stop = true;
+    for (auto& t : senders)
+        t.join();
+    native_ApplicationManagerSetListener(nullptr);
+    EXPECT_GT(lowMemoryReports.load(), 0);
 }
 
 } // namespace

@@ -119,6 +119,11 @@ TEST(HbbTVCurrentAITDVBURLTest, NamesAnApplicationByHexadecimalIdentifiers)
     EXPECT_EQ(valid.getAppId(), 2u);
     EXPECT_EQ(valid.getType(), HbbTVURL::URL_TYPE_DVB_CURRENT_AIT);
 
+    // Wider than 32 bits: the largest value, on 32- and 64-bit builds alike.
+    HbbTVCurrentAITDVBURL wide("dvb://current.ait/1234567890.1ffffffff");
+    EXPECT_EQ(wide.getOrgId(), 0xFFFFFFFFu);
+    EXPECT_EQ(wide.getAppId(), 0xFFFFFFFFu);
+
     for (const char* invalid : {"dvb://current.ait/1a.2/index.html", "dvb://current.ait/1a", "dvb://current.ait/.2",
                                 "dvb://current.ait/0x1.2", "http://x/1.2"}) {
         HbbTVCurrentAITDVBURL url(invalid);

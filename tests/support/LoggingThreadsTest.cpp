@@ -30,7 +30,7 @@ TEST(LoggingThreadsTest, LinesFromFourThreadsNeverInterleave)
             const std::string module = "Thread" + std::to_string(t);
             const std::string payload(100, char('a' + t));
             for (int i = 0; i < linesPerThread; ++i)
-                LogEntry(LOG_LEVEL_LOG, module) << i << " " << payload;
+                LogEntry(LOG_LEVEL_LOG, module.c_str()) << i << " " << payload;
         });
     for (auto& w : writers)
         w.join();

@@ -46,8 +46,17 @@ TEST(SHA256Test, StreamedTextAndPiecewiseInputGiveTheSameDigest)
     EXPECT_EQ(streamed.getResultString(), digestOf("abc"));
 
     SHA256 empty;
-    empty << "";
+    empty << "" << static_cast<const char*>(nullptr);
+    empty.input(nullptr, 5);
     EXPECT_EQ(empty.getResultString(), digestOf(""));
+}
+
+TEST(SHA256Test, RotationCountsAreTakenModulo32)
+{
+    const SHA256 sha;
+    for (int bits : {0, 32, 64})
+        EXPECT_EQ(sha.rotateRight(0x80000001u, bits), 0x80000001u) << bits;
+    EXPECT_EQ(sha.rotateRight(0x80000001u, 33), 0xC0000000u);
 }
 
 TEST(SHA256Test, EveryResultPadsAgainUntilReset)
