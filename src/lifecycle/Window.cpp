@@ -131,6 +131,7 @@ void Window::scheduleReactivateAIT(bool restoreBroadcastAIT)
 
 bool Window::activateAIT()
 {
+    const ref_ptr<AIT> table = ait;  // its entries stay valid while listeners are asked
     switch (state) {
     case IDLE:
     case TEARING_DOWN:
@@ -147,20 +148,23 @@ void Window::shutDownIfTearingDown()
         shutdownApplication(runningApplication, true, false);
 }
 
+// The table is held for the whole activation: a listener asked during a start may
+// replace or clear the window's table, and the entries used here live in it.
 bool Window::activateIdle()
 {
-    if (!ait || ait->isInvalid()) {
+    const ref_ptr<AIT> table = ait;
+    if (!table || table->isInvalid()) {
         shutDownIfTearingDown();
         return false;
     }
-    AITApplication* entry = ait->getAITApplication(AITApplication::AUTOSTART, broadband());
+    AITApplication* entry = table->getAITApplication(AITApplication::AUTOSTART, broadband());
     if (!entry) {
         shutDownIfTearingDown();
         return true;
     }
     if (Application* started = startApplication(entry, HbbTVURL(""), nullptr)) {
         started->setLaunchedAsAutostart(true);
-        if (ait->isXMLAIT() && runningApplication && runningApplication->hasParentApplication())
+        if (table->isXMLAIT() && runningApplication && runningApplication->hasParentApplication())
             started->adoptParentOf(*runningApplication);
         return true;
     }
@@ -553,11 +557,12 @@ bool Window::restartApplicationOnNextTransport(Application* app)
 
 Application* Window::startNextAutostartApplication(AITApplication* entry)
 {
-    if (!entry || !ait)
+    const ref_ptr<AIT> table = ait;  // held: a listener asked during a start may replace it
+    if (!entry || !table)
         return nullptr;
     const bool usable = broadband();
-    for (AITApplication* next = ait->getNextAITApplication(entry, AITApplication::AUTOSTART, usable); next;
-         next = ait->getNextAITApplication(next, AITApplication::AUTOSTART, usable)) {
+    for (AITApplication* next = table->getNextAITApplication(entry, AITApplication::AUTOSTART, usable); next;
+         next = table->getNextAITApplication(next, AITApplication::AUTOSTART, usable)) {
         if (Application* started = startApplication(next, HbbTVURL(""), nullptr)) {
             started->setLaunchedAsAutostart(true);
             return started;

@@ -34,7 +34,7 @@ public:
 
     void insertAITApplication(AITApplication* app);
     void clearCommonTransports() { commonTransports.clear(); }
-    TransportMap getCommonTransports() const { return commonTransports; }
+    const TransportMap& getCommonTransports() const { return commonTransports; }
 
     AITApplication* getAITApplication(unsigned int index) const;
     AITApplication* getAITApplication(unsigned long organisationId, unsigned short applicationId) const;

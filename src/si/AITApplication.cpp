@@ -28,7 +28,7 @@ enum DescriptorTag : uint8_t {
 } // namespace
 
 AITApplication::AITApplication(AIT* ait)
-    : ait(ait), channelHandle(ait ? ait->getChannelHandle() : nullptr), domain(std::make_unique<ApplicationDomain>())
+    : ait(ait), channelHandle(ait ? ait->getChannelHandle() : nullptr)
 {
 }
 
@@ -72,7 +72,7 @@ bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemain
     switch (descriptor.peek(0)) {
     case APPLICATION:
         if (!applicationDescriptor)
-            applicationDescriptor = std::make_unique<ApplicationDescriptor>(descriptor);
+            applicationDescriptor.emplace(descriptor);
         break;
     case APPLICATION_NAME:
         return parseName(descriptor, loopRemaining);
@@ -81,7 +81,7 @@ bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemain
         break;
     case APPLICATION_RECORDING:
         if (!recordingDescriptor)
-            recordingDescriptor = std::make_unique<ApplicationRecordingDescriptor>(descriptor);
+            recordingDescriptor.emplace(descriptor);
         break;
     case SIMPLE_APPLICATION_LOCATION:
         descriptor.at(2).appendTo(location, length);
@@ -90,7 +90,7 @@ bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemain
         usageType = ApplicationUsageType(descriptor.peek(2));
         break;
     case SIMPLE_APPLICATION_BOUNDARY:
-        domain->parseSimpleApplicationBoundaryExtensionDescriptor(descriptor);
+        domain.parseSimpleApplicationBoundaryExtensionDescriptor(descriptor);
         break;
     default:
         break;
@@ -130,7 +130,8 @@ void AITApplication::addLocalTransport(SectionReader descriptor, std::vector<Tra
 // common one.
 void AITApplication::buildTransportList(std::vector<Transport>& local)
 {
-    const AIT::TransportMap common = ait ? ait->getCommonTransports() : AIT::TransportMap();
+    static const AIT::TransportMap none;
+    const AIT::TransportMap& common = ait ? ait->getCommonTransports() : none;
     for (uint8_t label : applicationDescriptor->transportProtocolLabels) {
         auto own = local.begin();
         while (own != local.end() && (*own)->getLabel() != label)
@@ -165,7 +166,7 @@ bool AITApplication::parse(const DAXO_AITApplication& record, bool& corrected)
         name = record.name;
     organisationId = record.organisation_id;
     applicationId = static_cast<uint16_t>(record.application_id);
-    applicationDescriptor = std::make_unique<ApplicationDescriptor>();
+    applicationDescriptor.emplace();
     for (int32_t i = 0; record.profiles && i < record.num_profiles; ++i) {
         const DAXO_AITProfile& p = record.profiles[i];
         applicationDescriptor->profiles.push_back(PlatformProfile{p.profile, p.major, p.minor, p.micro});
@@ -174,7 +175,7 @@ bool AITApplication::parse(const DAXO_AITApplication& record, bool& corrected)
     usageType = ApplicationUsageType(record.usage_type);
     for (int32_t i = 0; record.boundaries && i < record.num_boundaries; ++i)
         if (record.boundaries[i])
-            domain->addBoundaryExtension(record.boundaries[i]);
+            domain.addBoundaryExtension(record.boundaries[i]);
 
     // Replaces the flag set for a missing location: only a changed entry counts as corrected.
     corrected = !(record.control_code == AUTOSTART && record.visibility == ApplicationDescriptor::VISIBLE_ALL &&

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,9 +62,16 @@ public:
     ControlCode getControlCode() const { return controlCode; }
     std::string getApplicationName() const { return name; }
     std::string getApplicationLocation() const { return location; }
-    const ApplicationDescriptor* getApplicationDescriptor() const { return applicationDescriptor.get(); }
-    const ApplicationRecordingDescriptor* getApplicationRecordingDescriptor() const { return recordingDescriptor.get(); }
-    ApplicationDomain* getApplicationDomain() const { return domain.get(); }
+    const ApplicationDescriptor* getApplicationDescriptor() const
+    {
+        return applicationDescriptor ? &*applicationDescriptor : nullptr;
+    }
+    const ApplicationRecordingDescriptor* getApplicationRecordingDescriptor() const
+    {
+        return recordingDescriptor ? &*recordingDescriptor : nullptr;
+    }
+    ApplicationDomain* getApplicationDomain() { return &domain; }
+    const ApplicationDomain* getApplicationDomain() const { return &domain; }
     void* getChannelHandle() const { return channelHandle; }
     void setChannelHandle(void* handle) { channelHandle = handle; }
     AIT* getAIT() const { return ait; }
@@ -93,13 +101,13 @@ private:
     uint32_t organisationId = 0;
     uint16_t applicationId = 0;
     void* channelHandle;  // the platform's, opaque
-    std::unique_ptr<ApplicationDescriptor> applicationDescriptor;
+    std::optional<ApplicationDescriptor> applicationDescriptor;
     std::vector<Transport> transports;
-    std::unique_ptr<ApplicationDomain> domain;
+    ApplicationDomain domain;
     std::string location;
     ApplicationUsageType usageType = NO_USAGE;
     bool isSignedApp = false;
-    std::unique_ptr<ApplicationRecordingDescriptor> recordingDescriptor;
+    std::optional<ApplicationRecordingDescriptor> recordingDescriptor;
 };
 
 } // namespace TesmoHbbTV
