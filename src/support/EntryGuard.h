@@ -18,8 +18,7 @@ public:
     EntryGuard(const EntryGuard&) = delete;
     EntryGuard& operator=(const EntryGuard&) = delete;
 
-    // True inside a call made from a callback of another library call.
-    static bool isNested() { return depth > 1; }
+    // True while an entry point runs: a call made now comes from a callback.
     static bool isInside() { return depth > 0; }
 
     // Deletes the object at once outside any library call, else when the outermost returns.
