@@ -2,17 +2,20 @@
 # Instructions (callgrind) and heap allocations of parsing each AIT case into a fresh table,
 # beside a bounds-checked walk over the same bytes. Instruction counts do not depend on what
 # else the machine is doing.
-#   bench/parse_cost.sh PROGRAM [--check]   (PROGRAM: build/bench/bench/parse_cost)
-# With --check it fails when a case costs more than 5 walks or 3 allocations per application.
+#   bench/parse_cost.sh BENCH_DIR [--check]   (BENCH_DIR: build/bench/bench)
+# Allocations come from parse_cost, instructions from parse_cost_ir (no counting operator
+# new). With --check it fails when a case costs more than 5 walks or 3 allocations per
+# application entry.
 set -euo pipefail
-program=$1
+program=$1/parse_cost
+measured=$1/parse_cost_ir
 check=${2:-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 instructions() {
     valgrind --tool=callgrind --callgrind-out-file="$work/out" --toggle-collect='*measured*' \
-        "$program" "$1" "$2" >/dev/null 2>&1
+        "$measured" "$1" "$2" >/dev/null 2>&1
     sed -n 's/^totals: *//p' "$work/out" | awk '{print $1}'
 }
 

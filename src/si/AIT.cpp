@@ -44,19 +44,20 @@ bool AIT::parse(const unsigned char* section)
     const SectionReader bytes(section, end);
 
     const uint8_t version = U8GetBits(section + 5, 2, 6);
-    if (receivedSections.empty())
+    if (receivedCount == 0)
         versionNumber = version;
     else if (version != versionNumber || complete)
         return false;
 
     const uint8_t sectionNumber = section[6];
-    if (std::find(receivedSections.begin(), receivedSections.end(), sectionNumber) != receivedSections.end())
+    if (receivedSections.test(sectionNumber))
         return true;
     // Recorded before the rest is parsed and kept if it fails: such a section still counts
     // towards completeness and its retransmission is ignored as a repeat.
-    receivedSections.push_back(sectionNumber);
+    receivedSections.set(sectionNumber);
+    ++receivedCount;
     lastSectionNumber = section[7];
-    if (receivedSections.size() == size_t(lastSectionNumber) + 1)
+    if (receivedCount == unsigned(lastSectionNumber) + 1)
         complete = true;
 
     const size_t commonLength = U16GetBits(section + 8, 4, 15);
@@ -85,7 +86,7 @@ bool AIT::parseApplicationLoop(SectionReader section, size_t position, size_t en
         const size_t descriptorsLength = section.at(position + 7).bits16(4, 15);
         if (position + APPLICATION_ENTRY_HEADER_SIZE + descriptorsLength > end)
             return false;
-        auto app = std::make_unique<AITApplication>(this);
+        std::unique_ptr<AITApplication> app = AITApplication::create(this, section.at(position));
         if (!app->parse(section.at(position)))
             return false;
         insertAITApplication(app.release());
@@ -102,7 +103,7 @@ bool AIT::parseCommonDescriptorsLoop(SectionReader loop, size_t length)
         if (length - position < 2 || position + 2 + descriptorLength > length)
             return false;
         if (descriptor.peek(0) == TRANSPORT_PROTOCOL_DESCRIPTOR) {
-            ref_ptr<AITApplicationTransport> transport(new AITApplicationTransport(descriptor));
+            ref_ptr<AITApplicationTransport> transport = AITApplicationTransport::create(descriptor);
             if (!transport->isRemoteConnection())
                 transport->setService(originalNetworkId, transportStreamId, serviceId);
             commonTransports.emplace(transport->getLabel(), transport);
@@ -117,7 +118,7 @@ bool AIT::parse(const DAXO_AITData& data)
     if (data.num_applications < 1 || !data.applications)
         return false;
     // Only the first application of an XML AIT is used.
-    auto app = std::make_unique<AITApplication>(this);
+    std::unique_ptr<AITApplication> app = AITApplication::create(this, data.applications[0]);
     if (!app->parse(data.applications[0], corrected))
         return false;
     insertAITApplication(app.release());
@@ -129,7 +130,7 @@ void AIT::insertAITApplication(AITApplication* app)
     const unsigned char priority = app->getApplicationPriority();
     auto lower = std::find_if(applications.begin(), applications.end(),
                               [priority](const auto& existing) { return existing->getApplicationPriority() < priority; });
-    applications.emplace(lower, app);
+    applications.insert(lower, std::unique_ptr<AITApplication>(app));
 }
 
 AITApplication* AIT::getAITApplication(unsigned int index) const

@@ -1,6 +1,7 @@
 #ifndef TESMO_HBBTV_SI_AIT_H
 #define TESMO_HBBTV_SI_AIT_H
 
+#include <bitset>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "si/AITApplication.h"
 #include "si/AITApplicationTransport.h"
 #include "support/RefCounted.h"
+#include "support/SmallVector.h"
 #include "support/ref_ptr.h"
 #include "tesmo_hbbtv/browser_core.h"
 
@@ -64,7 +66,7 @@ private:
     bool parseApplicationLoop(SectionReader section, size_t position, size_t end);
     bool isSelectable(const AITApplication& app, AITApplication::ControlCode code, bool broadbandAvailable) const;
 
-    std::vector<std::unique_ptr<AITApplication>> applications;
+    SmallVector<std::unique_ptr<AITApplication>, 4> applications;
     TransportMap commonTransports;
     unsigned short originalNetworkId = 0;
     unsigned short transportStreamId = 0;
@@ -76,7 +78,8 @@ private:
     bool corrected = false;
     uint8_t lastSectionNumber = 0;
     uint8_t versionNumber = 0;
-    std::vector<uint8_t> receivedSections;
+    std::bitset<256> receivedSections;  // by section number
+    unsigned receivedCount = 0;
 };
 
 } // namespace TesmoHbbTV

@@ -1,6 +1,7 @@
 #include "si/AITApplication.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "api/ConfigurationManager.h"
 #include "si/AIT.h"
@@ -27,9 +28,37 @@ enum DescriptorTag : uint8_t {
 
 } // namespace
 
-AITApplication::AITApplication(AIT* ait)
-    : ait(ait), channelHandle(ait ? ait->getChannelHandle() : nullptr)
+AITApplication::AITApplication(AIT* ait, char* room, size_t nameRoom, size_t locationRoom)
+    : ait(ait), name(room, nameRoom), channelHandle(ait ? ait->getChannelHandle() : nullptr),
+      location(room + nameRoom, locationRoom)
 {
+}
+
+std::unique_ptr<AITApplication> AITApplication::allocate(AIT* ait, size_t nameRoom, size_t locationRoom)
+{
+    void* block = TailText::allocate(sizeof(AITApplication), nameRoom + locationRoom);
+    char* room = TailText::roomOf(block, sizeof(AITApplication));
+    return std::unique_ptr<AITApplication>(new (block) AITApplication(ait, room, nameRoom, locationRoom));
+}
+
+// Names and locations are never longer than the descriptors that hold them.
+std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, SectionReader entry)
+{
+    size_t nameRoom = 0;
+    size_t locationRoom = 0;
+    const size_t loopEnd = 9 + (size_t(entry.peek(7) & 0x0F) << 8 | entry.peek(8));
+    for (size_t offset = 9; offset + 2 <= loopEnd && entry.canRead(offset + 2); offset += 2 + entry.peek(offset + 1)) {
+        if (entry.peek(offset) == APPLICATION_NAME)
+            nameRoom += entry.peek(offset + 1);
+        else if (entry.peek(offset) == SIMPLE_APPLICATION_LOCATION)
+            locationRoom += entry.peek(offset + 1);
+    }
+    return allocate(ait, nameRoom, locationRoom);
+}
+
+std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, const DAXO_AITApplication& record)
+{
+    return allocate(ait, record.name ? std::strlen(record.name) : 0, record.location ? std::strlen(record.location) : 0);
 }
 
 AITApplication::~AITApplication() = default;
@@ -44,7 +73,7 @@ bool AITApplication::parse(SectionReader entry)
     if (!in.ok())
         return false;
 
-    std::vector<Transport> local;
+    TransportList local;
     const size_t loopEnd = 9 + loopLength;
     for (size_t offset = 9; offset < loopEnd;) {
         const SectionReader descriptor = entry.at(offset);
@@ -66,7 +95,7 @@ bool AITApplication::parse(SectionReader entry)
 
 // descriptor reaches to the section end; loopRemaining counts the bytes from the
 // descriptor to the end of the application's descriptor loop.
-bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemaining, std::vector<Transport>& local)
+bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemaining, TransportList& local)
 {
     const size_t length = descriptor.peek(1);
     switch (descriptor.peek(0)) {
@@ -111,9 +140,9 @@ bool AITApplication::parseName(SectionReader descriptor, size_t loopRemaining)
     return true;
 }
 
-void AITApplication::addLocalTransport(SectionReader descriptor, std::vector<Transport>& local)
+void AITApplication::addLocalTransport(SectionReader descriptor, TransportList& local)
 {
-    Transport transport(new AITApplicationTransport(descriptor));
+    Transport transport = AITApplicationTransport::create(descriptor);
     const bool implicitService = transport->getProtocolId() == AITApplicationTransport::HTTP ||
                                  (transport->getProtocolId() == AITApplicationTransport::OBJECT_CAROUSEL &&
                                   !transport->isRemoteConnection());
@@ -128,7 +157,7 @@ void AITApplication::addLocalTransport(SectionReader descriptor, std::vector<Tra
 // The application's own transport wins over a common one of the same label; the order is
 // the signalled label order, and a label listed twice yields the local transport, then the
 // common one.
-void AITApplication::buildTransportList(std::vector<Transport>& local)
+void AITApplication::buildTransportList(TransportList& local)
 {
     static const AIT::TransportMap none;
     const AIT::TransportMap& common = ait ? ait->getCommonTransports() : none;
@@ -152,18 +181,16 @@ bool AITApplication::parse(const DAXO_AITApplication& record, bool& corrected)
     if (!record.location)
         corrected = true;
     else
-        location = record.location;
+        location.append(record.location, std::strlen(record.location));
 
-    for (int32_t i = 0; record.transports && i < record.num_transports; ++i) {
-        Transport transport(new AITApplicationTransport());
-        if (transport->parse(record.transports[i]))
+    for (int32_t i = 0; record.transports && i < record.num_transports; ++i)
+        if (Transport transport = AITApplicationTransport::create(record.transports[i]))
             transports.push_back(transport);
-    }
     if (transports.empty())
         return false;
 
     if (record.name)
-        name = record.name;
+        name.append(record.name, std::strlen(record.name));
     organisationId = record.organisation_id;
     applicationId = static_cast<uint16_t>(record.application_id);
     applicationDescriptor.emplace();
@@ -226,7 +253,7 @@ bool AITApplication::isXMLAITbased() const
 
 bool AITApplication::isPreferredTransportProtocol(AITApplicationTransport::ProtocolId protocol) const
 {
-    return !transports.empty() && transports.front()->getProtocolId() == protocol;
+    return !transports.empty() && transports[0]->getProtocolId() == protocol;
 }
 
 bool AITApplication::getPreferredTransportProtocol(AITApplicationTransport::ProtocolId& protocol) const
@@ -270,7 +297,7 @@ AITApplicationTransport* AITApplication::getNextAvailableTransport(const AITAppl
 AITApplicationTransport* AITApplication::getTransportMatchingURL(const HbbTVURL& url) const
 {
     for (const Transport& transport : transports)
-        if (url.matches(transport->getURL(location)))
+        if (url.matches(transport->getURL(location.view())))
             return transport;
     return nullptr;
 }

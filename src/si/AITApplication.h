@@ -13,6 +13,8 @@
 #include "si/ApplicationRecordingDescriptor.h"
 #include "si/PlatformProfile.h"
 #include "si/SectionReader.h"
+#include "support/SmallVector.h"
+#include "support/TailText.h"
 #include "support/ref_ptr.h"
 #include "tesmo_hbbtv/browser_core.h"
 
@@ -35,9 +37,14 @@ public:
     using ApplicationRecordingDescriptor = TesmoHbbTV::ApplicationRecordingDescriptor;
     using PlatformProfile = TesmoHbbTV::PlatformProfile;
     using Transport = ref_ptr<AITApplicationTransport>;
+    using TransportList = SmallVector<Transport, 2>;
 
-    // ait owns this entry and outlives it.
-    explicit AITApplication(AIT* ait);
+    // One allocation for the entry with room for its name and location, sized from the
+    // binary entry (positioned at organisation_id) or the XML record that parse() then
+    // reads. ait owns the entry and outlives it.
+    static std::unique_ptr<AITApplication> create(AIT* ait, SectionReader entry);
+    static std::unique_ptr<AITApplication> create(AIT* ait, const DAXO_AITApplication& record);
+    static void operator delete(void* block) { ::operator delete(block); }
     ~AITApplication();
 
     AITApplication(const AITApplication&) = delete;
@@ -60,8 +67,8 @@ public:
     uint16_t getApplicationIdentifier() const { return applicationId; }
     ApplicationUsageType getApplicationUsageType() const { return usageType; }
     ControlCode getControlCode() const { return controlCode; }
-    std::string getApplicationName() const { return name; }
-    std::string getApplicationLocation() const { return location; }
+    std::string getApplicationName() const { return name.str(); }
+    std::string getApplicationLocation() const { return location.str(); }
     const ApplicationDescriptor* getApplicationDescriptor() const
     {
         return applicationDescriptor ? &*applicationDescriptor : nullptr;
@@ -79,7 +86,7 @@ public:
 
     // Transports in order of preference.
     uint8_t getNumTransports() const { return static_cast<uint8_t>(transports.size()); }
-    const std::vector<Transport>& getTransports() const { return transports; }
+    const TransportList& getTransports() const { return transports; }
     bool isPreferredTransportProtocol(AITApplicationTransport::ProtocolId protocol) const;
     bool getPreferredTransportProtocol(AITApplicationTransport::ProtocolId& protocol) const;
     AITApplicationTransport* getFirstAvailableTransport(bool broadbandAvailable) const;
@@ -89,22 +96,24 @@ public:
     bool isTransportedOverProtocol(AITApplicationTransport::ProtocolId protocol) const;
 
 private:
-    bool parseDescriptor(SectionReader descriptor, size_t loopRemaining, std::vector<Transport>& local);
+    AITApplication(AIT* ait, char* room, size_t nameRoom, size_t locationRoom);
+    static std::unique_ptr<AITApplication> allocate(AIT* ait, size_t nameRoom, size_t locationRoom);
+    bool parseDescriptor(SectionReader descriptor, size_t loopRemaining, TransportList& local);
     bool parseName(SectionReader descriptor, size_t loopRemaining);
-    void addLocalTransport(SectionReader descriptor, std::vector<Transport>& local);
-    void buildTransportList(std::vector<Transport>& local);
+    void addLocalTransport(SectionReader descriptor, TransportList& local);
+    void buildTransportList(TransportList& local);
     AITApplicationTransport* firstAvailableFrom(size_t index, bool broadbandAvailable) const;
 
     AIT* ait;  // the owning table
-    std::string name;
+    TailText name;
     ControlCode controlCode = ControlCode(0);
     uint32_t organisationId = 0;
     uint16_t applicationId = 0;
     void* channelHandle;  // the platform's, opaque
     std::optional<ApplicationDescriptor> applicationDescriptor;
-    std::vector<Transport> transports;
+    TransportList transports;
     ApplicationDomain domain;
-    std::string location;
+    TailText location;
     ApplicationUsageType usageType = NO_USAGE;
     bool isSignedApp = false;
     std::optional<ApplicationRecordingDescriptor> recordingDescriptor;

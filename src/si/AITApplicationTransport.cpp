@@ -1,12 +1,30 @@
 #include "si/AITApplicationTransport.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace TesmoHbbTV {
 
-AITApplicationTransport::AITApplicationTransport(SectionReader descriptor)
+AITApplicationTransport* AITApplicationTransport::allocate(size_t urlRoom)
 {
-    parseTransportDescriptor(descriptor);
+    void* block = TailText::allocate(sizeof(AITApplicationTransport), urlRoom);
+    return new (block) AITApplicationTransport(TailText::roomOf(block, sizeof(AITApplicationTransport)), urlRoom);
+}
+
+// The URL base is never longer than the descriptor that holds it.
+ref_ptr<AITApplicationTransport> AITApplicationTransport::create(SectionReader descriptor)
+{
+    ref_ptr<AITApplicationTransport> transport(allocate(descriptor.peek(1)));
+    transport->parseTransportDescriptor(descriptor);
+    return transport;
+}
+
+ref_ptr<AITApplicationTransport> AITApplicationTransport::create(const DAXO_AITApplicationTransport& record)
+{
+    ref_ptr<AITApplicationTransport> transport(allocate(record.url_base ? std::strlen(record.url_base) : 0));
+    if (!transport->parse(record))
+        return nullptr;
+    return transport;
 }
 
 void AITApplicationTransport::parseTransportDescriptor(SectionReader in)
@@ -48,7 +66,7 @@ bool AITApplicationTransport::parse(const DAXO_AITApplicationTransport& record)
         return false;
     protocolId = HTTP;
     if (record.url_base)
-        urlBase = record.url_base;
+        urlBase.append(record.url_base, std::strlen(record.url_base));
     remoteConnection = static_cast<uint32_t>(record.remote_connection);
     setService(record.original_network_id, record.transport_stream_id, record.service_id);
     componentTag = record.component_tag;
@@ -72,13 +90,13 @@ std::string AITApplicationTransport::getHostname() const
     return host;
 }
 
-std::string AITApplicationTransport::getURL(const std::string& location) const
+std::string AITApplicationTransport::getURL(std::string_view location) const
 {
     switch (protocolId) {
     case HTTP:
-        return urlBase + location;
+        return urlBase.str().append(location);
     case OBJECT_CAROUSEL:
-        return "dvb://" + getHostname() + "/" + location;
+        return ("dvb://" + getHostname() + "/").append(location);
     default:
         return "";
     }

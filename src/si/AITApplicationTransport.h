@@ -3,9 +3,12 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "si/SectionReader.h"
 #include "support/RefCounted.h"
+#include "support/TailText.h"
+#include "support/ref_ptr.h"
 #include "tesmo_hbbtv/browser_core.h"
 
 namespace TesmoHbbTV {
@@ -18,18 +21,20 @@ public:
     // 0 is no protocol the library knows: such a transport matches neither and has no URL.
     enum ProtocolId { PROTOCOL_UNKNOWN = 0, OBJECT_CAROUSEL = 1, HTTP = 3 };
 
+    // A transport of no known protocol, with no URL.
     AITApplicationTransport() = default;
-    // descriptor starts at the tag byte of a transport protocol descriptor.
-    explicit AITApplicationTransport(SectionReader descriptor);
+    // One allocation each, the URL base included. descriptor starts at the tag byte of a
+    // transport protocol descriptor; a record of any protocol but HTTP gives null.
+    static ref_ptr<AITApplicationTransport> create(SectionReader descriptor);
+    static ref_ptr<AITApplicationTransport> create(const DAXO_AITApplicationTransport& record);
+    static void operator delete(void* block) { ::operator delete(block); }
 
-    bool parse(const DAXO_AITApplicationTransport& record);
-
-    std::string getURL(const std::string& location) const;
+    std::string getURL(std::string_view location) const;
     std::string getHostname() const;
 
     ProtocolId getProtocolId() const { return protocolId; }
     uint8_t getLabel() const { return label; }
-    const std::string& getUrlBase() const { return urlBase; }
+    std::string getUrlBase() const { return urlBase.str(); }
     bool isRemoteConnection() const { return remoteConnection != 0; }
     uint16_t getOriginalNetworkId() const { return originalNetworkId; }
     uint16_t getTransportStreamId() const { return transportStreamId; }
@@ -39,11 +44,14 @@ public:
     void setService(uint16_t onid, uint16_t tsid, uint16_t sid);
 
 private:
+    AITApplicationTransport(char* room, size_t capacity) : urlBase(room, capacity) {}
+    static AITApplicationTransport* allocate(size_t urlRoom);
     void parseTransportDescriptor(SectionReader descriptor);
+    bool parse(const DAXO_AITApplicationTransport& record);
 
     ProtocolId protocolId = PROTOCOL_UNKNOWN;
     uint8_t label = 0;
-    std::string urlBase;
+    TailText urlBase;
     uint32_t remoteConnection = 0;
     uint16_t originalNetworkId = 0;
     uint16_t transportStreamId = 0;

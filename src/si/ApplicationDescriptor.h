@@ -2,10 +2,10 @@
 #define TESMO_HBBTV_SI_APPLICATIONDESCRIPTOR_H
 
 #include <cstdint>
-#include <vector>
 
 #include "si/PlatformProfile.h"
 #include "si/SectionReader.h"
+#include "support/SmallVector.h"
 
 namespace TesmoHbbTV {
 
@@ -18,8 +18,8 @@ public:
     // descriptor starts at the tag byte.
     explicit ApplicationDescriptor(SectionReader descriptor);
 
-    std::vector<PlatformProfile> profiles;
-    std::vector<uint8_t> transportProtocolLabels;
+    SmallVector<PlatformProfile, 2> profiles;
+    SmallVector<uint8_t, 4> transportProtocolLabels;
     bool serviceBound = false;
     uint8_t priority = 0;
     uint32_t visibility = NOT_VISIBLE_ALL;

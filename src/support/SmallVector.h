@@ -39,19 +39,15 @@ public:
     T& operator[](std::size_t index) { return data()[index]; }
     const T& operator[](std::size_t index) const { return data()[index]; }
 
-    void reserve(std::size_t capacity)
-    {
-        if (capacity > N)
-            spill(capacity);
-    }
-
     void push_back(T item)
     {
-        if (count < N && heap.empty()) {
-            local[count++] = std::move(item);
-            return;
+        if (heap.empty()) {
+            if (count < N) {
+                local[count++] = std::move(item);
+                return;
+            }
+            moveToHeap();
         }
-        spill(count + 1);
         heap.push_back(std::move(item));
         ++count;
     }
@@ -90,14 +86,9 @@ private:
     T* data() { return heap.empty() ? local.data() : heap.data(); }
     const T* data() const { return heap.empty() ? local.data() : heap.data(); }
 
-    // Moves the elements to the heap, with room for capacity.
-    void spill(std::size_t capacity)
+    void moveToHeap()
     {
-        if (!heap.empty() || capacity <= N) {
-            heap.reserve(capacity);
-            return;
-        }
-        heap.reserve(capacity);
+        heap.reserve(2 * N);
         for (std::size_t i = 0; i < count; ++i) {
             heap.push_back(std::move(local[i]));
             local[i] = T();

@@ -97,7 +97,9 @@ TEST(AITApplicationTest, ProfilesLengthOfSevenReadsFlagsFromTheProfileRemainder)
     EXPECT_TRUE(d->serviceBound);
     EXPECT_EQ(d->visibility, 0u);
     EXPECT_EQ(d->priority, 9);
-    EXPECT_EQ(d->transportProtocolLabels, (std::vector<uint8_t>{0xEE, 0x05})) << "read from after the profile area";
+    EXPECT_EQ(std::vector<uint8_t>(d->transportProtocolLabels.begin(), d->transportProtocolLabels.end()),
+              (std::vector<uint8_t>{0xEE, 0x05}))
+        << "read from after the profile area";
 }
 
 TEST(AITApplicationTest, OverlongProfilesLeaveTheDescriptorAtItsDefaults)
@@ -197,9 +199,11 @@ TEST(AITApplicationXMLTest, RecordIsForcedToVisibleAutostartAndMarkedCorrected)
     DAXO_AITProfile profile{0x0001, 1, 1, 1};
     DAXO_AITApplication record{"name", 19, 0x101F4, 2, 1, 1, 5, 1, &profile, 2, xmlTransports, "start.html", 2, boundaries, 1};
     ref_ptr<AIT> ait(new AIT());
-    AITApplication app(ait.get());
+    auto entry = AITApplication::create(ait.get(), record);
+    AITApplication& app = *entry;
     bool corrected = false;
     ASSERT_TRUE(app.parse(record, corrected));
+    EXPECT_EQ(app.getApplicationName(), "name");
     EXPECT_TRUE(corrected);
     EXPECT_EQ(app.getControlCode(), AITApplication::AUTOSTART);
     EXPECT_EQ(app.getApplicationIdentifier(), 0x01F4) << "only the low 16 bits";
@@ -215,20 +219,18 @@ TEST(AITApplicationXMLTest, RecordIsForcedToVisibleAutostartAndMarkedCorrected)
 TEST(AITApplicationXMLTest, MissingLocationAloneIsNotACorrection)
 {
     DAXO_AITApplication record{nullptr, 1, 2, 1, 3, 0, 0, 0, nullptr, 1, &xmlTransports[1], nullptr, 0, nullptr, 0};
-    AITApplication app(nullptr);
     bool corrected = false;
-    ASSERT_TRUE(app.parse(record, corrected));
+    ASSERT_TRUE(AITApplication::create(nullptr, record)->parse(record, corrected));
     EXPECT_FALSE(corrected);
 }
 
 TEST(AITApplicationXMLTest, RecordWithoutAnHttpTransportIsRefused)
 {
     DAXO_AITApplication carouselOnly{"n", 1, 2, 1, 3, 0, 0, 0, nullptr, 1, &xmlTransports[0], "x", 0, nullptr, 0};
-    AITApplication app(nullptr);
     bool corrected = false;
-    EXPECT_FALSE(app.parse(carouselOnly, corrected));
+    EXPECT_FALSE(AITApplication::create(nullptr, carouselOnly)->parse(carouselOnly, corrected));
     DAXO_AITApplication none{"n", 1, 2, 1, 3, 0, 0, 0, nullptr, 3, nullptr, "x", 0, nullptr, 0};
-    EXPECT_FALSE(app.parse(none, corrected));
+    EXPECT_FALSE(AITApplication::create(nullptr, none)->parse(none, corrected));
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 ref_ptr<AITApplicationTransport> transportFrom(const Bytes& descriptorBytes)
 {
     ExactBuffer buffer(descriptorBytes);
-    return ref_ptr<AITApplicationTransport>(new AITApplicationTransport(SectionReader(buffer.get(), buffer.size)));
+    return AITApplicationTransport::create(SectionReader(buffer.get(), buffer.size));
 }
 
 // An entry with the given transports, listed in that order by its application descriptor.
@@ -112,11 +112,12 @@ TEST(AITApplicationTransportTest, ProtocolQueriesAndUrlMatching)
 
 TEST(AITApplicationTransportTest, XmlRecordsOfOtherProtocolsAreRefused)
 {
-    AITApplicationTransport transport;
-    EXPECT_FALSE(transport.parse(DAXO_AITApplicationTransport{1, nullptr, 0, 1, 2, 3, 4}));
-    EXPECT_TRUE(transport.parse(DAXO_AITApplicationTransport{3, nullptr, 0, 1, 2, 3, 4}));
-    EXPECT_EQ(transport.getURL("a.html"), "a.html");
-    EXPECT_EQ(transport.getServiceId(), 3);
+    EXPECT_EQ(AITApplicationTransport::create(DAXO_AITApplicationTransport{1, nullptr, 0, 1, 2, 3, 4}), nullptr);
+    ref_ptr<AITApplicationTransport> transport =
+        AITApplicationTransport::create(DAXO_AITApplicationTransport{3, nullptr, 0, 1, 2, 3, 4});
+    ASSERT_NE(transport, nullptr);
+    EXPECT_EQ(transport->getURL("a.html"), "a.html");
+    EXPECT_EQ(transport->getServiceId(), 3);
 }
 
 } // namespace

@@ -178,9 +178,10 @@ TEST_F(AITTest, LookupsByIdentifiersControlCodeAndUsage)
     EXPECT_EQ(ait->getAITApplication(AITApplication::AUTOSTART, false), carousel);
     EXPECT_EQ(ait->getNextAITApplication(http, AITApplication::AUTOSTART, true), carousel);
     EXPECT_EQ(ait->getNextAITApplication(carousel, AITApplication::AUTOSTART, true), nullptr);
-    AITApplication stranger(nullptr);
-    EXPECT_EQ(ait->getNextAITApplication(&stranger, AITApplication::AUTOSTART, true), nullptr);
-    EXPECT_FALSE(ait->isHandledAITApplication(&stranger));
+    const DAXO_AITApplication none{};
+    const std::unique_ptr<AITApplication> stranger = AITApplication::create(nullptr, none);
+    EXPECT_EQ(ait->getNextAITApplication(stranger.get(), AITApplication::AUTOSTART, true), nullptr);
+    EXPECT_FALSE(ait->isHandledAITApplication(stranger.get()));
     EXPECT_TRUE(ait->isHandledAITApplication(present));
     EXPECT_EQ(ait->getFirstDigitalTeletextAITApplication(), carousel);
     EXPECT_EQ(ait->getAITApplication(3u), nullptr);

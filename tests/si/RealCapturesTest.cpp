@@ -115,7 +115,8 @@ TEST(RealCapturesTest, AbcEntriesAfterTheFaultyOneDecodeOnTheirOwn)
     EXPECT_EQ(iview->getControlCode(), AITApplication::PRESENT);
     EXPECT_EQ(urlsOf(*iview), (std::vector<std::string>{"http://tv.iview.abc.net.au/index.php"}));
     EXPECT_EQ(freeview->getApplicationName(), "FREEVIEWPLUS");
-    const PlatformProfile& profile = freeview->getApplicationDescriptor()->profiles.at(0);
+    ASSERT_EQ(freeview->getApplicationDescriptor()->profiles.size(), 1u);
+    const PlatformProfile& profile = freeview->getApplicationDescriptor()->profiles[0];
     EXPECT_EQ((std::vector<int>{profile.major, profile.minor, profile.micro}), (std::vector<int>{1, 2, 1}));
     EXPECT_TRUE(freeview->isSigned());
 }
