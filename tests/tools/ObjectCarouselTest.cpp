@@ -1,0 +1,170 @@
+// The carousel client reads what the carousel writer writes, and says plainly what is wrong
+// with a broken carousel instead of failing.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CarouselWriter.h"
+#include "ObjectCarousel.h"
+
+using namespace carousel;
+using ::testing::HasSubstr;
+
+namespace {
+
+std::string text(size_t size, char seed)
+{
+    std::string out;
+    for (size_t i = 0; i < size; ++i)
+        out += char('a' + (i * 7 + size_t(seed)) % 26);
+    return out;
+}
+
+struct Fed {
+    ObjectCarousel carousel;
+    std::vector<std::string> events;
+    void feed(const std::vector<Bytes>& sections)
+    {
+        for (const Bytes& s : sections) {
+            const std::string said = carousel.addSection(s.data(), s.size());
+            if (!said.empty())
+                events.push_back(said);
+        }
+    }
+    const ObjectCarousel::Entry* entry(const std::string& path) const
+    {
+        static std::vector<ObjectCarousel::Entry> entries;
+        entries = carousel.list();
+        for (const auto& e : entries)
+            if (e.path == path)
+                return &e;
+        return nullptr;
+    }
+};
+
+// A DownloadDataBlock with one byte of its block changed, CRC made good again.
+Bytes corrupted(Bytes section, size_t blockByte)
+{
+    section[26 + blockByte] ^= 0x5A;
+    const uint32_t crc = tesmo_test::crc32Mpeg(section.data(), section.size() - 4);
+    for (int i = 0; i < 4; ++i)
+        section[section.size() - 4 + size_t(i)] = uint8_t(crc >> (24 - 8 * i));
+    return section;
+}
+
+const std::string KEY1("\0\0\0\1", 4), KEY2("\0\0\0\2", 4), KEY3("\0\0\0\3", 4);
+
+TEST(ObjectCarouselTest, WhatTheWriterWritesIsReadBack)
+{
+    const std::vector<CarouselFile> files{{"index.html", "<html>hello</html>"},
+                                          {"data/list.txt", "one\ntwo\n"},
+                                          {"style.css", text(2000, 1)},
+                                          {"big.js", text(3000, 2)}};
+    CarouselIds ids;
+    ids.blockSize = 256;
+    Fed fed;
+    fed.feed(writeObjectCarousel(files, ids, {"style.css"}));
+
+    std::vector<std::string> listed;
+    for (const auto& e : fed.carousel.list()) {
+        EXPECT_EQ(e.problem, "") << e.path;
+        listed.push_back(e.path + " " + e.kind + " " + std::to_string(e.size));
+    }
+    EXPECT_THAT(listed, ::testing::ElementsAre("/ service gateway 0", "/big.js file 3000", "/data directory 0",
+                                               "/data/list.txt file 8", "/index.html file 18", "/style.css file 2000"));
+    for (const CarouselFile& file : files) {
+        std::string content;
+        EXPECT_EQ(fed.carousel.file(file.path, content), ObjectCarousel::Lookup::FOUND) << file.path;
+        EXPECT_EQ(content, file.content) << file.path;
+    }
+    std::string none;
+    EXPECT_EQ(fed.carousel.file("data", none), ObjectCarousel::Lookup::MISSING) << "a directory is no file";
+    EXPECT_EQ(fed.carousel.file("nothing.html", none), ObjectCarousel::Lookup::MISSING);
+    EXPECT_THAT(fed.events.front(), HasSubstr("service gateway in module 1"));
+}
+
+TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
+{
+    CarouselIds ids;
+    ids.blockSize = 100;
+    const ModuleSpec gatewayModule{1, 1, biopDirectory(ids, "srg", KEY1, {{"a.txt", {"fil", 2, KEY2}, 500}}), false};
+    const ModuleSpec file{2, 1, biopFile(KEY2, text(500, 3)), false};
+    const Bytes dsi = serverInitiateSection(ids, {"srg", 1, KEY1});
+    const Bytes dii = infoIndicationSection(ids, {gatewayModule, file});
+    const std::vector<Bytes> gatewayBlocks = dataBlockSections(ids, gatewayModule);
+    std::vector<Bytes> fileBlocks = dataBlockSections(ids, file);
+    std::string content;
+
+    {  // a block never arrives
+        Fed fed;
+        fed.feed({dsi, dii});
+        fed.feed(gatewayBlocks);
+        fileBlocks.erase(fileBlocks.begin() + 2, fileBlocks.begin() + 4);
+        fed.feed(fileBlocks);
+        EXPECT_EQ(fed.entry("/a.txt")->problem, "incomplete: 4 of 6 blocks, missing 2-3");
+        EXPECT_EQ(fed.carousel.file("a.txt", content), ObjectCarousel::Lookup::PENDING);
+    }
+    {  // the module changes version half way: the new one is assembled from the start
+        Fed fed;
+        fed.feed({dsi, dii});
+        fed.feed(gatewayBlocks);
+        fed.feed({dataBlockSections(ids, file)[0]});
+        const ModuleSpec newer{2, 2, biopFile(KEY2, "new"), false};
+        ids.diiVersion = 2;
+        fed.feed({infoIndicationSection(ids, {gatewayModule, newer})});
+        ids.diiVersion = 1;
+        fed.feed(dataBlockSections(ids, file));  // the old version's blocks go unused
+        fed.feed(dataBlockSections(ids, newer));
+        EXPECT_THAT(fed.events, ::testing::Contains("carousel: module 2 v2 replaces v1"));
+        EXPECT_EQ(fed.carousel.file("a.txt", content), ObjectCarousel::Lookup::FOUND);
+        EXPECT_EQ(content, "new");
+    }
+    {  // announced but never sent, and a reference to a module no DII lists
+        Fed fed;
+        const ModuleSpec dangling{1, 1, biopDirectory(ids, "srg", KEY1, {{"gone", {"fil", 9, KEY2}}}), false};
+        fed.feed({dsi, infoIndicationSection(ids, {dangling, file})});
+        fed.feed(dataBlockSections(ids, dangling));
+        EXPECT_EQ(fed.entry("/gone")->problem, "module 9 is not in the DII");
+        EXPECT_EQ(fed.carousel.file("gone", content), ObjectCarousel::Lookup::MISSING);
+    }
+    {  // a BIOP message that claims more than its module holds
+        Fed fed;
+        ModuleSpec lying = file;
+        lying.data[11] = 0x7F;  // message_size
+        fed.feed({dsi, infoIndicationSection(ids, {gatewayModule, lying})});
+        fed.feed(gatewayBlocks);
+        fed.feed(dataBlockSections(ids, lying));
+        EXPECT_EQ(fed.entry("/a.txt")->problem, "a BIOP message claims more bytes than its module holds");
+    }
+    {  // zlib data that does not inflate
+        Fed fed;
+        ModuleSpec packed = file;
+        packed.compressed = true;
+        fed.feed({dsi, infoIndicationSection(ids, {gatewayModule, packed})});
+        fed.feed(gatewayBlocks);
+        fed.feed({corrupted(dataBlockSections(ids, packed)[0], 10)});
+        EXPECT_THAT(fed.events, ::testing::Contains("carousel: module 2 v1: its zlib data does not inflate"));
+        EXPECT_EQ(fed.entry("/a.txt")->problem, "its zlib data does not inflate");
+    }
+    {  // a directory that contains itself
+        Fed fed;
+        const ModuleSpec loop{1, 1, biopDirectory(ids, "srg", KEY1, {{"loop", {"dir", 1, KEY3}}}), false};
+        ModuleSpec withLoop = loop;
+        const Bytes again = biopDirectory(ids, "dir", KEY3, {{"again", {"dir", 1, KEY3}}});
+        withLoop.data.insert(withLoop.data.end(), again.begin(), again.end());
+        fed.feed({dsi, infoIndicationSection(ids, {withLoop})});
+        fed.feed(dataBlockSections(ids, withLoop));
+        EXPECT_EQ(fed.entry("/loop/again")->problem, "a directory loop: it contains itself");
+        EXPECT_EQ(fed.carousel.file("loop/again/again/x", content), ObjectCarousel::Lookup::MISSING);
+    }
+    {  // sections that are no DSM-CC download messages, or whose CRC fails
+        Fed fed;
+        Bytes bad = dsi;
+        bad[20] ^= 1;
+        fed.feed({bad, Bytes{0x74, 0xB0, 0x01, 0}});
+        EXPECT_THAT(fed.events, ::testing::ElementsAre("carousel: a DSM-CC section whose length or CRC does not hold",
+                                                       "carousel: not a DSM-CC download section"));
+    }
+}
+
+} // namespace

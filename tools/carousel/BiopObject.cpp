@@ -1,0 +1,152 @@
+#include "BiopObject.h"
+
+using TesmoHbbTV::SectionReader;
+
+namespace carousel {
+
+namespace {
+
+const uint32_t TAG_BIOP = 0x49534F06;
+const uint32_t TAG_OBJECT_LOCATION = 0x49534F50;
+const uint32_t TAG_CONN_BINDER = 0x49534F40;
+
+std::string readString(SectionReader& in, size_t length)
+{
+    std::string text;
+    in.appendTo(text, length);
+    return text;
+}
+
+// Names and kinds are carried with their terminating zero.
+std::string withoutZeros(std::string text)
+{
+    while (!text.empty() && text.back() == '\0')
+        text.pop_back();
+    return text;
+}
+
+std::string shortKind(const std::string& typeId)
+{
+    const std::string kind = withoutZeros(typeId);
+    if (kind == "DSM::ServiceGateway")
+        return "srg";
+    if (kind == "DSM::Directory")
+        return "dir";
+    if (kind == "DSM::File")
+        return "fil";
+    if (kind == "DSM::Stream")
+        return "str";
+    if (kind == "BIOP::StreamEvent")
+        return "ste";
+    return kind;
+}
+
+void readLiteComponents(SectionReader profile, ObjectRef& ref, bool& located)
+{
+    profile.skip(1);  // byte order
+    const uint8_t count = profile.u8();
+    for (uint8_t i = 0; i < count && profile.ok(); ++i) {
+        const uint32_t tag = profile.u32();
+        const uint8_t length = profile.u8();
+        SectionReader component = profile.limit(length);
+        profile.skip(length);
+        if (tag == TAG_OBJECT_LOCATION) {
+            ref.carouselId = component.u32();
+            ref.moduleId = component.u16();
+            component.skip(2);  // version 1.0
+            ref.objectKey = readString(component, component.u8());
+            located = component.ok();
+        } else if (tag == TAG_CONN_BINDER && component.u8() > 0) {
+            component.skip(4);  // first tap: id, use
+            ref.associationTag = component.u16();
+        }
+    }
+}
+
+bool readBindings(SectionReader body, BiopObject& object)
+{
+    const uint16_t count = body.u16();
+    for (uint16_t i = 0; i < count && body.ok(); ++i) {
+        Binding binding;
+        const uint8_t components = body.u8();
+        for (uint8_t c = 0; c < components && body.ok(); ++c) {
+            if (c > 0)
+                binding.name += '/';
+            binding.name += withoutZeros(readString(body, body.u8()));
+            body.skip(body.u8());  // the kind, which the reference repeats
+        }
+        body.skip(1);  // binding type
+        if (!readObjectRef(body, binding.target))
+            return false;
+        body.skip(body.u16());  // object info
+        if (body.ok())
+            object.bindings.push_back(binding);
+    }
+    return body.ok();
+}
+
+} // namespace
+
+bool readObjectRef(SectionReader& in, ObjectRef& ref)
+{
+    const uint32_t typeLength = in.u32();
+    ref.kind = shortKind(readString(in, typeLength));
+    in.skip((4 - typeLength % 4) % 4);
+    const uint32_t profiles = in.u32();
+    bool located = false;
+    for (uint32_t i = 0; i < profiles && in.ok(); ++i) {
+        const uint32_t tag = in.u32();
+        const uint32_t length = in.u32();
+        if (tag == TAG_BIOP && in.canRead(length))
+            readLiteComponents(in.limit(length), ref, located);
+        in.skip(length);
+    }
+    return in.ok() && located;
+}
+
+bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects, std::string& error)
+{
+    SectionReader in(reinterpret_cast<const unsigned char*>(module.data()), module.size());
+    while (in.remaining() > 0) {
+        if (readString(in, 4) != "BIOP" || in.u8() != 1 || in.u8() != 0) {
+            error = "no BIOP message where one should start";
+            return false;
+        }
+        in.skip(2);  // byte order, message type
+        const uint32_t size = in.u32();
+        if (!in.canRead(size)) {
+            error = "a BIOP message claims more bytes than its module holds";
+            return false;
+        }
+        SectionReader message = in.limit(size);
+        in.skip(size);
+
+        BiopObject object;
+        object.objectKey = readString(message, message.u8());
+        object.kind = shortKind(readString(message, message.u32()));
+        message.skip(message.u16());  // object info
+        for (uint8_t contexts = message.u8(); contexts > 0 && message.ok(); --contexts) {
+            message.skip(4);
+            message.skip(message.u16());
+        }
+        const uint32_t bodyLength = message.u32();
+        SectionReader body = message.limit(bodyLength);
+        if (!message.canRead(bodyLength)) {
+            error = "a BIOP message body runs past its message";
+            return false;
+        }
+        bool fine = true;
+        if (object.kind == "fil")
+            object.content = readString(body, body.u32());
+        else if (object.kind == "srg" || object.kind == "dir")
+            fine = readBindings(body, object);
+        if (!fine || !body.ok() || !message.ok()) {
+            error = "the " + object.kind + " object's lengths do not hold";
+            return false;
+        }
+        objects.push_back(std::move(object));
+    }
+    return true;
+}
+
+} // namespace carousel

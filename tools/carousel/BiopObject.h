@@ -1,0 +1,45 @@
+#ifndef TESMO_HBBTV_CAROUSEL_BIOPOBJECT_H
+#define TESMO_HBBTV_CAROUSEL_BIOPOBJECT_H
+
+// BIOP messages: the objects that the modules of an object carousel carry (service gateway,
+// directories, files, streams, stream events) and the references between them.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "si/SectionReader.h"
+
+namespace carousel {
+
+// Where an object lives: an interoperable object reference with a BIOP profile.
+struct ObjectRef {
+    std::string kind;  // "srg", "dir", "fil", "str", "ste"
+    uint32_t carouselId = 0;
+    uint16_t moduleId = 0;
+    std::string objectKey;
+    uint16_t associationTag = 0;
+};
+
+struct Binding {
+    std::string name;
+    ObjectRef target;
+};
+
+struct BiopObject {
+    std::string kind;
+    std::string objectKey;
+    std::vector<Binding> bindings;  // service gateway, directory
+    std::string content;            // file
+};
+
+// Reads an IOR; false when it holds no BIOP profile with an object location.
+bool readObjectRef(TesmoHbbTV::SectionReader& in, ObjectRef& ref);
+
+// Reads every BIOP message of a complete (and inflated) module. False with a reason at the
+// first message that does not hold; the objects before it are kept.
+bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects, std::string& error);
+
+} // namespace carousel
+
+#endif

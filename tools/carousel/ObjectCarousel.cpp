@@ -1,0 +1,239 @@
+#include "ObjectCarousel.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+
+namespace carousel {
+
+namespace {
+
+// Modules of real carousels stay far below this; a DII that claims more is not believed.
+const uint32_t LARGEST_MODULE = 16 * 1024 * 1024;
+
+std::string moduleName(uint16_t id, uint8_t version)
+{
+    return "module " + std::to_string(id) + " v" + std::to_string(version);
+}
+
+std::string kindName(const std::string& kind)
+{
+    if (kind == "srg")
+        return "service gateway";
+    if (kind == "dir")
+        return "directory";
+    if (kind == "fil")
+        return "file";
+    if (kind == "str")
+        return "stream";
+    if (kind == "ste")
+        return "stream event";
+    return "object '" + kind + "'";
+}
+
+bool inflate(const std::string& packed, uint32_t originalSize, std::string& out)
+{
+    out.assign(originalSize, '\0');
+    uLongf length = originalSize;
+    const int result = uncompress(reinterpret_cast<Bytef*>(&out[0]), &length,
+                                  reinterpret_cast<const Bytef*>(packed.data()), uLong(packed.size()));
+    out.resize(length);
+    return result == Z_OK && length == originalSize;
+}
+
+} // namespace
+
+std::string ObjectCarousel::addSection(const uint8_t* section, size_t size)
+{
+    DsmccMessage message;
+    std::string error;
+    if (!parseDsmccSection(section, size, message, error))
+        return "carousel: " + error;
+    switch (message.kind) {
+    case DsmccMessage::SERVER_INITIATE:
+        if (gateway)
+            return "";
+        gateway = message.gateway;
+        return "carousel: service gateway in module " + std::to_string(gateway->moduleId);
+    case DsmccMessage::INFO_INDICATION:
+        return addInfo(message);
+    case DsmccMessage::DATA_BLOCK:
+        return addBlock(message);
+    case DsmccMessage::NONE:
+        break;
+    }
+    return "";
+}
+
+std::string ObjectCarousel::addInfo(const DsmccMessage& message)
+{
+    std::string said;
+    for (const ModuleInfo& info : message.modules) {
+        auto known = modules.find(info.id);
+        if (known != modules.end() && known->second.info.version == info.version)
+            continue;
+        if (known != modules.end())
+            said += (said.empty() ? "" : "; ") + std::string("carousel: ") + moduleName(info.id, info.version) +
+                    " replaces v" + std::to_string(known->second.info.version);
+        Module& module = modules[info.id] = Module();
+        module.info = info;
+        module.blockSize = message.blockSize;
+        if (info.size > LARGEST_MODULE || (info.compressed && info.originalSize > LARGEST_MODULE) ||
+            (info.size > 0 && message.blockSize == 0)) {
+            module.problem = "its announced size cannot be believed";
+            continue;
+        }
+        module.blocks.resize(info.size == 0 ? 0 : (info.size + message.blockSize - 1) / message.blockSize);
+        if (module.blocks.empty())
+            completeModule(module);
+    }
+    return said;
+}
+
+std::string ObjectCarousel::addBlock(const DsmccMessage& message)
+{
+    auto found = modules.find(message.moduleId);
+    if (found == modules.end() || found->second.info.version != message.moduleVersion)
+        return "";  // a module of another version, or one no DII announced yet
+    Module& module = found->second;
+    if (module.complete || !module.problem.empty() || message.blockNumber >= module.blocks.size() ||
+        !module.blocks[message.blockNumber].empty())
+        return "";
+    const bool last = message.blockNumber + 1u == module.blocks.size();
+    const size_t expected = last ? module.info.size - size_t(module.blockSize) * message.blockNumber : module.blockSize;
+    if (message.blockData.size() != expected)
+        return "carousel: " + moduleName(module.info.id, module.info.version) + " block " +
+               std::to_string(message.blockNumber) + " has " + std::to_string(message.blockData.size()) +
+               " bytes, not " + std::to_string(expected);
+    module.blocks[message.blockNumber] = message.blockData;
+    return ++module.received == module.blocks.size() ? completeModule(module) : "";
+}
+
+std::string ObjectCarousel::completeModule(Module& module)
+{
+    module.complete = true;
+    std::string data;
+    for (std::string& block : module.blocks)
+        data += block;
+    module.blocks.clear();
+    if (module.info.compressed) {
+        std::string inflated;
+        if (!inflate(data, module.info.originalSize, inflated)) {
+            module.problem = "its zlib data does not inflate";
+            return "carousel: " + moduleName(module.info.id, module.info.version) + ": " + module.problem;
+        }
+        data.swap(inflated);
+    }
+    std::string error;
+    if (!parseBiopModule(data, module.objects, error))
+        module.problem = error;
+    return "carousel: " + moduleName(module.info.id, module.info.version) + " complete, " +
+           std::to_string(module.objects.size()) + " object(s)" + (error.empty() ? "" : "; " + error);
+}
+
+std::string ObjectCarousel::missingBlocks(const Module& module)
+{
+    std::string ranges;
+    for (size_t i = 0; i < module.blocks.size();) {
+        if (!module.blocks[i].empty()) {
+            ++i;
+            continue;
+        }
+        size_t last = i;
+        while (last + 1 < module.blocks.size() && module.blocks[last + 1].empty())
+            ++last;
+        ranges += (ranges.empty() ? "" : ", ") + std::to_string(i) + (last > i ? "-" + std::to_string(last) : "");
+        i = last + 1;
+    }
+    return "incomplete: " + std::to_string(module.received) + " of " + std::to_string(module.blocks.size()) +
+           " blocks, missing " + ranges;
+}
+
+const BiopObject* ObjectCarousel::resolve(const ObjectRef& ref, std::string& problem) const
+{
+    auto found = modules.find(ref.moduleId);
+    if (found == modules.end()) {
+        problem = "module " + std::to_string(ref.moduleId) + " is not in the DII";
+        return nullptr;
+    }
+    const Module& module = found->second;
+    if (!module.complete) {
+        problem = module.problem.empty() ? missingBlocks(module) : module.problem;
+        return nullptr;
+    }
+    for (const BiopObject& object : module.objects)
+        if (object.objectKey == ref.objectKey)
+            return &object;
+    problem = module.problem.empty() ? "not in its module" : module.problem;
+    return nullptr;
+}
+
+void ObjectCarousel::listFrom(const ObjectRef& ref, const std::string& path,
+                              std::set<std::pair<uint16_t, std::string>>& open, std::vector<Entry>& out) const
+{
+    Entry entry;
+    entry.path = path;
+    entry.kind = kindName(ref.kind);
+    entry.module = ref.moduleId;
+    auto module = modules.find(ref.moduleId);
+    if (module != modules.end())
+        entry.version = module->second.info.version;
+    const BiopObject* object = resolve(ref, entry.problem);
+    if (object && !open.insert({ref.moduleId, ref.objectKey}).second) {
+        entry.problem = "a directory loop: it contains itself";
+        object = nullptr;
+    }
+    if (object)
+        entry.size = object->content.size();
+    out.push_back(entry);
+    if (!object)
+        return;
+    std::vector<Binding> bindings = object->bindings;
+    std::sort(bindings.begin(), bindings.end(), [](const Binding& a, const Binding& b) { return a.name < b.name; });
+    for (const Binding& binding : bindings)
+        listFrom(binding.target, (path == "/" ? "/" : path + "/") + binding.name, open, out);
+    open.erase({ref.moduleId, ref.objectKey});
+}
+
+std::vector<ObjectCarousel::Entry> ObjectCarousel::list() const
+{
+    std::vector<Entry> out;
+    std::set<std::pair<uint16_t, std::string>> open;
+    if (gateway)
+        listFrom(*gateway, "/", open, out);
+    return out;
+}
+
+ObjectCarousel::Lookup ObjectCarousel::file(const std::string& path, std::string& content) const
+{
+    if (!gateway)
+        return Lookup::PENDING;
+    ObjectRef ref = *gateway;
+    size_t start = 0;
+    for (int depth = 0; depth < 64; ++depth) {
+        std::string problem;
+        const BiopObject* object = resolve(ref, problem);
+        if (!object) {
+            auto module = modules.find(ref.moduleId);
+            const bool coming = module != modules.end() && !module->second.complete;
+            return coming ? Lookup::PENDING : Lookup::MISSING;
+        }
+        if (start >= path.size()) {
+            if (object->kind != "fil")
+                return Lookup::MISSING;
+            content = object->content;
+            return Lookup::FOUND;
+        }
+        const size_t slash = path.find('/', start);
+        const std::string name = path.substr(start, slash == std::string::npos ? std::string::npos : slash - start);
+        start = slash == std::string::npos ? path.size() : slash + 1;
+        auto next = std::find_if(object->bindings.begin(), object->bindings.end(),
+                                 [&name](const Binding& b) { return b.name == name; });
+        if (next == object->bindings.end())
+            return Lookup::MISSING;
+        ref = next->target;
+    }
+    return Lookup::MISSING;  // deeper than any real tree: a loop
+}
+
+} // namespace carousel

@@ -1,0 +1,70 @@
+#ifndef TESMO_HBBTV_CAROUSEL_OBJECTCAROUSEL_H
+#define TESMO_HBBTV_CAROUSEL_OBJECTCAROUSEL_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "BiopObject.h"
+#include "DsmccMessage.h"
+
+namespace carousel {
+
+// An object carousel as a receiver builds it from the sections of its streams: modules
+// announced by the DownloadInfoIndication and filled block by block (a new module version
+// starts the module again), inflated when compressed, their BIOP objects bound into a tree
+// of names from the service gateway that the DownloadServerInitiate names.
+class ObjectCarousel {
+public:
+    // What the section changed, for a timeline ("" when it changed nothing worth a line).
+    std::string addSection(const uint8_t* section, size_t size);
+
+    struct Entry {
+        std::string path;  // "/" for the service gateway
+        std::string kind;  // service gateway, directory, file, stream, stream event
+        size_t size = 0;   // of a file's content
+        uint16_t module = 0;
+        uint8_t version = 0;
+        std::string problem;  // why the object cannot be read, if it cannot
+    };
+    // The tree as far as it can be read now, in name order.
+    std::vector<Entry> list() const;
+
+    enum class Lookup { FOUND, PENDING, MISSING };
+    // A file by its path below the service gateway ("index.html", "data/list.txt").
+    // PENDING while a module on the way is announced but not complete.
+    Lookup file(const std::string& path, std::string& content) const;
+
+    bool hasGateway() const { return gateway.has_value(); }
+
+private:
+    struct Module {
+        ModuleInfo info;
+        uint16_t blockSize = 0;
+        std::vector<std::string> blocks;
+        size_t received = 0;
+        bool complete = false;
+        std::vector<BiopObject> objects;
+        std::string problem;
+    };
+
+    std::string addInfo(const DsmccMessage& message);
+    std::string addBlock(const DsmccMessage& message);
+    std::string completeModule(Module& module);
+    // The object a reference names, or null with the reason in problem.
+    const BiopObject* resolve(const ObjectRef& ref, std::string& problem) const;
+    void listFrom(const ObjectRef& ref, const std::string& path, std::set<std::pair<uint16_t, std::string>>& open,
+                  std::vector<Entry>& out) const;
+    static std::string missingBlocks(const Module& module);
+
+    std::map<uint16_t, Module> modules;
+    std::optional<ObjectRef> gateway;
+};
+
+} // namespace carousel
+
+#endif
