@@ -74,7 +74,9 @@ TEST(HbbtvSimTest, BundledSampleShowsAStartAndAFailover)
     EXPECT_THAT(run.out, HasSubstr("start requested: 0x10.0x1 http://sample.example/app/index.html (AUTOSTART)"));
     EXPECT_THAT(run.out, HasSubstr("HTTP 404: http://sample.example/app/index.html"));
     EXPECT_THAT(run.out, HasSubstr("start requested: 0x10.0x1 dvb://1.1.1.5/index.html (AUTOSTART)"));
-    EXPECT_THAT(run.out, HasSubstr("loaded from the carousel: dvb://1.1.1.5/index.html"));
+    EXPECT_THAT(run.out, HasSubstr("carousel: service gateway in module 1"));
+    EXPECT_THAT(run.out, HasSubstr("carousel: module 3 v1 complete, 1 object(s)"));
+    EXPECT_THAT(run.out, HasSubstr("loaded from the carousel: dvb://1.1.1.5/index.html (593 bytes)"));
     EXPECT_THAT(run.out, HasSubstr("key RED refused"));
     EXPECT_THAT(run.out, HasSubstr("key RED delivered"));
 }
@@ -130,6 +132,44 @@ TEST(HbbtvSimTest, GeneratorRoundTrip)
               "    transport 1: HTTP http://sample.example/catalogue/\n"
               "    location index.html\n");
     std::remove(ts.c_str());
+}
+
+TEST(HbbtvSimTest, SampleCarouselListsAndExtractsAsWritten)
+{
+    const SimRun list = sim("--carousel-list");
+    ASSERT_EQ(list.status, 0) << list.err;
+    EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 28 section(s)\n"));
+    EXPECT_THAT(list.out, HasSubstr("  /data/menu.txt                   file                75 bytes  module 5 v1  complete\n"));
+    EXPECT_THAT(list.out, HasSubstr("  module 3 v1: 556 bytes (zlib) in 2 block(s), complete\n"));
+    EXPECT_THAT(list.out, HasSubstr("  module 4 v1: 2912 bytes in 6 block(s), complete\n"));
+
+    const std::string dir = tempFile("extracted");
+    const SimRun extract = sim("--carousel-extract " + dir + " --carousel-pid 0x102 " SAMPLE_DIR "/sample.ts");
+    ASSERT_EQ(extract.status, 0) << extract.err;
+    EXPECT_THAT(extract.out, HasSubstr("wrote 4 of 4 file(s)"));
+    for (const char* file : {"index.html", "style.css", "app.js", "data/menu.txt"})
+        EXPECT_EQ(readFile(dir + "/" + file), readFile(std::string(SAMPLE_DIR "/carousel/") + file)) << file;
+    std::system(("rm -rf " + dir).c_str());
+}
+
+TEST(HbbtvSimTest, RealCapturesHoldPiecesOfCarousels)
+{
+    REQUIRE_SHARED_DATA();
+    const SimRun rai = sim(capture("rai-dtt-hbbtv.ts") + " --carousel-list --carousel-pid 0x0BB9");
+    EXPECT_EQ(rai.status, 0) << rai.err;
+    EXPECT_THAT(rai.out, HasSubstr("  /                                service gateway               module 0 v0  "
+                                   "incomplete: 0 of 6 blocks, missing 0-5\n"));
+    EXPECT_THAT(rai.out, HasSubstr("  module 2 v0: 53375 bytes (zlib) in 14 block(s), incomplete: 0 of 14 blocks, missing 0-13\n"));
+    EXPECT_THAT(rai.out, HasSubstr("  module 4 v0: 21734 bytes (zlib) in 6 block(s), incomplete: 3 of 6 blocks, missing 0, 4-5\n"));
+
+    const SimRun lone = sim(capture("rai-dtt-hbbtv.ts") + " --carousel-list --carousel-pid 0x0BBA");
+    EXPECT_EQ(lone.status, 1) << "a block, but no carousel to put it in";
+    EXPECT_THAT(lone.out, HasSubstr("1 section(s), no service gateway"));
+    EXPECT_THAT(lone.out, HasSubstr("1 block(s) of modules that no DownloadInfoIndication of the capture announces"));
+
+    const SimRun abc = sim(capture("abc-au-hbbtv.ts") + " --carousel-list");
+    EXPECT_EQ(abc.status, 2);
+    EXPECT_THAT(abc.err, HasSubstr("service 0x0230 signals no object carousel"));
 }
 
 TEST(HbbtvSimTest, TimestampedAndParityPacketsReadLikePlainOnes)

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "CarouselFeed.h"
 #include "CarouselWriter.h"
 #include "ObjectCarousel.h"
 
@@ -165,6 +166,34 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         EXPECT_THAT(fed.events, ::testing::ElementsAre("carousel: a DSM-CC section whose length or CRC does not hold",
                                                        "carousel: not a DSM-CC download section"));
     }
+}
+
+TEST(CarouselFeedTest, FileAskedBeforeItsModuleIsAnsweredWhenItCompletes)
+{
+    CarouselIds ids;
+    ids.blockSize = 64;
+    std::vector<TimedSection> sections;
+    for (Bytes& s : writeObjectCarousel({{"index.html", text(1000, 4)}}, ids, {}))
+        sections.push_back({0, std::move(s)});
+    CarouselFeed feed;
+    feed.start(sections, 10);
+    std::vector<std::string> said;
+    std::vector<CarouselFeed::Answer> answers;
+    feed.step(0, said, answers);
+    std::string content;
+    void* id = reinterpret_cast<void*>(0x51);
+    ASSERT_EQ(feed.get("index.html", id, content), ObjectCarousel::Lookup::PENDING);
+    uint64_t tick = 1;
+    for (; answers.empty() && tick < 20; ++tick)
+        feed.step(tick, said, answers);
+    ASSERT_EQ(answers.size(), 1u);
+    EXPECT_TRUE(answers[0].found);
+    EXPECT_EQ(answers[0].id, id);
+    EXPECT_EQ(answers[0].content, text(1000, 4));
+    EXPECT_EQ(tick - 1, feed.lastTick()) << "answered with the module's last block";
+
+    feed.get("gone.html", id, content);
+    EXPECT_EQ(feed.get("gone.html", id, content), ObjectCarousel::Lookup::MISSING);
 }
 
 } // namespace

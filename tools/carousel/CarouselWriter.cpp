@@ -172,9 +172,9 @@ Bytes infoIndicationSection(const CarouselIds& ids, const std::vector<ModuleSpec
     put16(payload, uint32_t(modules.size()));
     for (const ModuleSpec& module : modules) {
         Bytes info;
-        put32(info, 0xFFFFFFFF);
-        put32(info, 0xFFFFFFFF);
-        put32(info, 0);
+        put32(info, 5000000);  // module time-out, 5 s
+        put32(info, 500000);   // block time-out, 0.5 s
+        put32(info, 0);        // minimum block time
         put8(info, 1);
         put16(info, 0);
         put16(info, BIOP_OBJECT_USE);

@@ -10,6 +10,7 @@ namespace {
 
 // Modules of real carousels stay far below this; a DII that claims more is not believed.
 const uint32_t LARGEST_MODULE = 16 * 1024 * 1024;
+const size_t MOST_EARLY_BLOCKS = 4096;
 
 std::string moduleName(uint16_t id, uint8_t version)
 {
@@ -87,14 +88,26 @@ std::string ObjectCarousel::addInfo(const DsmccMessage& message)
         if (module.blocks.empty())
             completeModule(module);
     }
+    std::vector<DsmccMessage> waiting;
+    waiting.swap(early);
+    for (const DsmccMessage& block : waiting) {
+        const std::string line = addBlock(block);
+        if (!line.empty())
+            said += (said.empty() ? "" : "; ") + line;
+    }
     return said;
 }
 
 std::string ObjectCarousel::addBlock(const DsmccMessage& message)
 {
     auto found = modules.find(message.moduleId);
-    if (found == modules.end() || found->second.info.version != message.moduleVersion)
-        return "";  // a module of another version, or one no DII announced yet
+    if (found == modules.end()) {
+        if (early.size() < MOST_EARLY_BLOCKS)
+            early.push_back(message);
+        return "";
+    }
+    if (found->second.info.version != message.moduleVersion)
+        return "";  // another version of the module
     Module& module = found->second;
     if (module.complete || !module.problem.empty() || message.blockNumber >= module.blocks.size() ||
         !module.blocks[message.blockNumber].empty())
@@ -193,6 +206,19 @@ void ObjectCarousel::listFrom(const ObjectRef& ref, const std::string& path,
     for (const Binding& binding : bindings)
         listFrom(binding.target, (path == "/" ? "/" : path + "/") + binding.name, open, out);
     open.erase({ref.moduleId, ref.objectKey});
+}
+
+std::vector<ObjectCarousel::ModuleStatus> ObjectCarousel::moduleStatus() const
+{
+    std::vector<ModuleStatus> out;
+    for (const auto& entry : modules) {
+        const Module& m = entry.second;
+        // A complete module keeps no blocks, only their count.
+        const size_t blocks = m.complete ? m.received : m.blocks.size();
+        const std::string problem = m.problem.empty() && !m.complete ? missingBlocks(m) : m.problem;
+        out.push_back({m.info.id, m.info.version, m.info.size, m.info.compressed, blocks, m.received, problem});
+    }
+    return out;
 }
 
 std::vector<ObjectCarousel::Entry> ObjectCarousel::list() const

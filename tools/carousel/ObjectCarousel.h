@@ -41,6 +41,19 @@ public:
 
     bool hasGateway() const { return gateway.has_value(); }
 
+    struct ModuleStatus {
+        uint16_t id;
+        uint8_t version;
+        uint32_t size;  // as carried
+        bool compressed;
+        size_t blocks;
+        size_t received;  // all of them once complete
+        std::string problem;
+    };
+    // Every module the DII announced, and the blocks that came before any DII did.
+    std::vector<ModuleStatus> moduleStatus() const;
+    size_t unannouncedBlocks() const { return early.size(); }
+
 private:
     struct Module {
         ModuleInfo info;
@@ -62,6 +75,9 @@ private:
     static std::string missingBlocks(const Module& module);
 
     std::map<uint16_t, Module> modules;
+    // Blocks that came before the DII that announces their module, kept (up to a bound) to be
+    // used when it comes: a receiver tuning in mid-cycle sees them first.
+    std::vector<DsmccMessage> early;
     std::optional<ObjectRef> gateway;
 };
 

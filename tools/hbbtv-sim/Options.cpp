@@ -29,7 +29,11 @@ std::string usage()
            "  --time-shift            the service plays time-shifted\n"
            "  --fail PATTERN          loads of URLs matching PATTERN (a glob) fail; repeatable\n"
            "  --status PATTERN=CODE   loads of matching URLs finish with that HTTP status\n"
-           "  --carousel DIR          serve dvb: files from DIR (the URL's path inside it)\n"
+           "  --carousel DIR          serve dvb: files from DIR (the URL's path inside it) instead\n"
+           "                          of the service's object carousel\n"
+           "  --carousel-pid PID      the object carousel on PID (the capture may hold no PMT)\n"
+           "  --carousel-list         print the carousel's tree and what is missing, and exit\n"
+           "  --carousel-extract DIR  write the carousel's files into DIR, and exit\n"
            "  --key NAME@TICK         press a key at a tick: RED, GREEN, YELLOW, BLUE, 0-9, A-Z,\n"
            "                          UP, DOWN, LEFT, RIGHT, ENTER, BACK, PLAY, PAUSE, STOP, ...\n"
            "  --script FILE           run a scenario script\n"
@@ -145,6 +149,14 @@ bool OptionReader::option(const std::string& arg, bool& wantHelp)
         options.statusRules.push_back({text.substr(0, equals), int(n)});
     } else if (arg == "--carousel") {
         return value(arg, options.carouselDir);
+    } else if (arg == "--carousel-pid") {
+        if (!number(arg, 0x1FFF, n, "a PID (0 to 0x1FFF)"))
+            return false;
+        options.carouselPid = uint16_t(n);
+    } else if (arg == "--carousel-list") {
+        options.carouselList = true;
+    } else if (arg == "--carousel-extract") {
+        return value(arg, options.carouselExtract);
     } else if (arg == "--key") {
         if (!value(arg, text))
             return false;

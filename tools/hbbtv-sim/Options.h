@@ -26,7 +26,10 @@ struct Options {
     bool timeShift = false;
     std::vector<std::string> failPatterns;
     std::vector<StatusRule> statusRules;
-    std::string carouselDir;
+    std::string carouselDir;            // empty: the service's own object carousel
+    std::optional<uint16_t> carouselPid;  // instead of the PMT's carousel stream
+    bool carouselList = false;
+    std::string carouselExtract;        // a directory to write the carousel's files into
     std::vector<KeyPress> keys;
     std::string script;
     uint64_t sectionInterval = 5;

@@ -9,6 +9,7 @@ namespace {
 
 const uint16_t HBBTV_APPLICATION_TYPE = 0x0010;
 const uint8_t AIT_STREAM_TYPE = 0x05;
+const uint8_t CAROUSEL_STREAM_TYPE = 0x0B;
 const uint8_t APPLICATION_SIGNALLING_TAG = 0x6F;
 
 // The application types that the 0x6F descriptor of the stream on pid lists. The library's
@@ -67,7 +68,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
 {
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
-        Service service{program.number, program.pmtPid, "", "", {}};
+        Service service{program.number, program.pmtPid, "", "", {}, {}};
         auto name = stream.serviceNames().find(program.number);
         if (name != stream.serviceNames().end()) {
             service.name = name->second.name;
@@ -76,9 +77,13 @@ std::vector<Service> scanServices(const TransportStream& stream)
         const std::vector<TimedSection> sections = stream.sectionsOnPid(program.pmtPid);
         if (const Bytes* section = pmtOf(sections, program.number)) {
             PMT pmt(section->data());
-            for (const auto& es : pmt.getStreams())
+            for (const auto& es : pmt.getStreams()) {
                 if (es->getStreamType() == AIT_STREAM_TYPE && es->getApplicationSignallingDescriptor())
                     service.aitStreams.push_back({es->getElementaryPID(), applicationTypes(*section, es->getElementaryPID())});
+                if (es->getStreamType() == CAROUSEL_STREAM_TYPE && es->getStreamIdentifierDescriptor())
+                    service.carouselStreams.push_back(
+                        {es->getElementaryPID(), es->getStreamIdentifierDescriptor()->getComponentTag()});
+            }
         }
         services.push_back(service);
     }

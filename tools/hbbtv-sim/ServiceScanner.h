@@ -14,12 +14,19 @@ struct AitStream {
     bool isHbbTV() const;
 };
 
+// An object carousel's stream: stream_type 0x0B with its component tag.
+struct CarouselStream {
+    uint16_t pid;
+    uint8_t componentTag;
+};
+
 struct Service {
     uint16_t serviceId;
     uint16_t pmtPid;
     std::string name;
     std::string provider;
     std::vector<AitStream> aitStreams;
+    std::vector<CarouselStream> carouselStreams;
     const AitStream* hbbtvStream() const;
 };
 

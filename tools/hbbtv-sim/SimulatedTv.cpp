@@ -130,9 +130,11 @@ void SimulatedTv::configure(const Options& opts, Timeline& timeline)
 
 // ---------------------------------------------------------------- the run
 
-void SimulatedTv::run(const std::vector<TimedSection>& sections, const ServiceIds& ids,
-                      const std::vector<ScriptAction>& script)
+void SimulatedTv::run(const std::vector<TimedSection>& sections, std::vector<TimedSection> carouselSections,
+                      const ServiceIds& ids, const std::vector<ScriptAction>& script)
 {
+    // The carousel arrives while the AIT does, as both repeat in a broadcast.
+    carouselFeed.start(std::move(carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
     tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0x7E50));
     // The library's warnings say why it refused something; readable mode shows them.
     static const int levels[] = {3, 2, 1};
@@ -155,7 +157,7 @@ void SimulatedTv::run(const std::vector<TimedSection>& sections, const ServiceId
     if (options->timeShift)
         tesmo_hbbtv_set_time_shifted(window, 1);
 
-    uint64_t lastScheduled = sections.size() * options->sectionInterval;
+    uint64_t lastScheduled = std::max(sections.size() * options->sectionInterval, carouselFeed.lastTick());
     for (const KeyPress& key : options->keys)
         lastScheduled = std::max(lastScheduled, key.tick);
     for (const ScriptAction& action : script)
@@ -181,9 +183,28 @@ void SimulatedTv::step(const std::vector<TimedSection>& sections, const ServiceI
     for (const ScriptAction& action : script)
         if (action.tick == tick)
             perform(action);
+    feedCarousel();
     tesmo_hbbtv_tick();
     completeLoads();
     checkTableAcceptance();
+}
+
+void SimulatedTv::feedCarousel()
+{
+    std::vector<std::string> said;
+    std::vector<CarouselFeed::Answer> answers;
+    carouselFeed.step(tick, said, answers);
+    for (const std::string& line : said)
+        out->say(line);
+    for (const CarouselFeed::Answer& answer : answers) {
+        HBBTV_EventData* event = newEvent();
+        event->dsmcc_file.handle = answer.id;
+        if (answer.found)
+            files[answer.id] = {answer.content, 0, mimeTypeOf(answer.path)};
+        else
+            out->say("carousel: no file " + answer.path);
+        postEvent(answer.found ? HBBTV_EVENT_DSMCC_FILE_READY : HBBTV_EVENT_DSMCC_FILE_ERROR, event);
+    }
 }
 
 void SimulatedTv::postSection(const TimedSection& section, const ServiceIds& ids)
@@ -543,6 +564,8 @@ int SimulatedTv::carouselGetFile(const char* path, void* id)
     const std::string text = path ? path : "";
     out->record(JsonLine().field("call", "dsmcc_get_file").field("path", path).pointer("id", id));
     const size_t slash = text.find('/');
+    if (options->carouselDir.empty() && carouselFeed.active())
+        return carouselFile(slash == std::string::npos ? "" : text.substr(slash + 1), id);
     const std::string file = options->carouselDir + "/" + (slash == std::string::npos ? "" : text.substr(slash + 1));
     std::ifstream in(file, std::ios::binary);
     if (options->carouselDir.empty() || !in || slash == std::string::npos) {
@@ -554,6 +577,24 @@ int SimulatedTv::carouselGetFile(const char* path, void* id)
     open.offset = 0;
     open.mime = mimeTypeOf(file);
     return DSMCC_OK;
+}
+
+// From the service's own carousel: pending while the file's module is on its way.
+int SimulatedTv::carouselFile(const std::string& path, void* id)
+{
+    std::string content;
+    switch (carouselFeed.get(path, id, content)) {
+    case carousel::ObjectCarousel::Lookup::FOUND:
+        files[id] = {content, 0, mimeTypeOf(path)};
+        return DSMCC_OK;
+    case carousel::ObjectCarousel::Lookup::PENDING:
+        out->say("carousel: " + path + " is on its way");
+        return DSMCC_PENDING;
+    case carousel::ObjectCarousel::Lookup::MISSING:
+        break;
+    }
+    out->say("carousel: no file " + path);
+    return DSMCC_FILE_ERROR_CODE;
 }
 
 int SimulatedTv::carouselMimeType(void* id, char** mime)
@@ -584,6 +625,7 @@ int SimulatedTv::carouselClose(void* id)
 {
     out->record(JsonLine().field("call", "dsmcc_close_file").pointer("id", id));
     files.erase(id);
+    carouselFeed.forget(id);
     return DSMCC_OK;
 }
 

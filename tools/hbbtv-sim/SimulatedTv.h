@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "AitDecoder.h"
+#include "CarouselFeed.h"
 #include "Options.h"
 #include "Script.h"
 #include "Timeline.h"
@@ -28,8 +29,10 @@ public:
     static SimulatedTv& get();
 
     void configure(const Options& options, Timeline& timeline);
-    // Plays the sections with the scenario; returns when nothing is left to do.
-    void run(const std::vector<TimedSection>& sections, const ServiceIds& ids, const std::vector<ScriptAction>& script);
+    // Plays the AIT sections with the scenario, the carousel's sections (if any) arriving
+    // meanwhile; returns when nothing is left to do.
+    void run(const std::vector<TimedSection>& sections, std::vector<TimedSection> carouselSections,
+             const ServiceIds& ids, const std::vector<ScriptAction>& script);
 
     // ---- the browser core ----
     int openUrl(DAXO_TesmoWindow* window, const char* url);
@@ -47,6 +50,7 @@ public:
     void platformCall(const char* name);
     void aitCompleted(int version);
     int carouselGetFile(const char* path, void* id);
+    int carouselFile(const std::string& path, void* id);
     int carouselMimeType(void* id, char** mime);
     int carouselRead(void* id, const unsigned char** data, unsigned int* length);
     int carouselClose(void* id);
@@ -78,6 +82,7 @@ private:
     void postSection(const TimedSection& section, const ServiceIds& ids);
     void checkTableAcceptance();
     void completeLoads();
+    void feedCarousel();
     void loadPage(const Load& load);
     void loadFromCarousel(const Load& load);
     void reportLoad(DAXO_TesmoWindow* window, int id, int32_t outcome, int16_t status);
@@ -110,6 +115,7 @@ private:
     std::vector<StatusRule> statusRules;
     bool failNextLoad = false;
     std::map<void*, OpenFile> files;
+    CarouselFeed carouselFeed;
     std::map<void*, StreamState> streams;
     std::map<void*, size_t> streamBytes;
     uintptr_t nextStream = 1;

@@ -3,12 +3,16 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "AitDecoder.h"
+#include "ObjectCarousel.h"
 #include "Options.h"
 #include "Script.h"
 #include "ServiceScanner.h"
@@ -30,15 +34,14 @@ bool exists(const std::string& path)
     return stat(path.c_str(), &info) == 0;
 }
 
-// Without a capture: the bundled sample, with its scenario and carousel.
+// Without a capture: the bundled sample, with its scenario; its files come from the
+// object carousel in its stream.
 void useSample(Options& options)
 {
     const std::string dir = TESMO_SAMPLE_DIR;
     options.capture = dir + "/sample.ts";
     if (options.script.empty() && exists(dir + "/sample.script"))
         options.script = dir + "/sample.script";
-    if (options.carouselDir.empty())
-        options.carouselDir = dir + "/carousel";
 }
 
 std::string hex4(unsigned value)
@@ -102,6 +105,68 @@ void dumpAit(const std::vector<TimedSection>& sections)
     }
 }
 
+// The PID of the object carousel: as given, or the service's first carousel stream.
+bool carouselPid(const Service* service, const Options& options, uint16_t& pid)
+{
+    if (options.carouselPid) {
+        pid = *options.carouselPid;
+        return true;
+    }
+    if (!service || service->carouselStreams.empty())
+        return false;
+    pid = service->carouselStreams.front().pid;
+    return true;
+}
+
+bool writeFile(const std::string& path, const std::string& content)
+{
+    for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
+        if (mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST)
+            return false;
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(content.data(), std::streamsize(content.size()));
+    return bool(out);
+}
+
+// --carousel-list and --carousel-extract: the whole capture's carousel sections at once.
+int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& options)
+{
+    carousel::ObjectCarousel oc;
+    const std::vector<TimedSection> sections = stream.sectionsOnPid(pid);
+    for (const TimedSection& section : sections)
+        oc.addSection(section.bytes.data(), section.bytes.size());
+    std::printf("object carousel on PID %s: %zu section(s)%s\n", hex4(pid).c_str(), sections.size(),
+                oc.hasGateway() ? "" : ", no service gateway (no DownloadServerInitiate)");
+    size_t files = 0, written = 0, unreadable = 0;
+    for (const carousel::ObjectCarousel::Entry& e : oc.list()) {
+        if (options.carouselList) {
+            const std::string size = e.kind == "file" && e.problem.empty() ? std::to_string(e.size) + " bytes" : "";
+            std::printf("  %-32s %-15s %12s  module %u v%u  %s\n", e.path.c_str(), e.kind.c_str(), size.c_str(),
+                        e.module, e.version, e.problem.empty() ? "complete" : e.problem.c_str());
+        }
+        if (e.kind != "file")
+            continue;
+        ++files;
+        std::string content;
+        if (!e.problem.empty() || oc.file(e.path.substr(1), content) != carousel::ObjectCarousel::Lookup::FOUND)
+            ++unreadable;
+        else if (!options.carouselExtract.empty() && writeFile(options.carouselExtract + e.path, content))
+            ++written;
+    }
+    if (!options.carouselExtract.empty()) {
+        std::printf("wrote %zu of %zu file(s) to %s\n", written, files, options.carouselExtract.c_str());
+    } else {
+        std::printf("%zu file(s), %zu of them not readable from this capture\n", files, unreadable);
+        for (const carousel::ObjectCarousel::ModuleStatus& m : oc.moduleStatus())
+            std::printf("  module %u v%u: %u bytes%s in %zu block(s), %s\n", m.id, m.version, m.size,
+                        m.compressed ? " (zlib)" : "", m.blocks, m.problem.empty() ? "complete" : m.problem.c_str());
+        if (oc.unannouncedBlocks() > 0)
+            std::printf("  %zu block(s) of modules that no DownloadInfoIndication of the capture announces\n",
+                        oc.unannouncedBlocks());
+    }
+    return oc.hasGateway() ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -122,8 +187,15 @@ int main(int argc, char** argv)
     if (!stream.open(options.capture, error))
         return fail(error);
     const std::vector<Service> services = scanServices(stream);
-    listServices(stream, services, options.json || options.dumpAit);
+    const bool carouselOnly = options.carouselList || !options.carouselExtract.empty();
+    listServices(stream, services, options.json || options.dumpAit || carouselOnly);
     const Service* service = chooseService(services, options, error);
+    uint16_t ocPid = 0;
+    if (carouselOnly) {
+        if (!carouselPid(service, options, ocPid))
+            return fail(service ? "service " + hex4(service->serviceId) + " signals no object carousel" : error);
+        return carouselCommand(stream, ocPid, options);
+    }
     if (!service)
         return fail(error);
     const AitStream* ait = service->hbbtvStream();
@@ -147,6 +219,10 @@ int main(int argc, char** argv)
     Timeline timeline(stdout, options.json);
     SimulatedTv& tv = SimulatedTv::get();
     tv.configure(options, timeline);
-    tv.run(sections, {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId}, script);
+    std::vector<TimedSection> carouselSections;
+    if (options.carouselDir.empty() && carouselPid(service, options, ocPid))
+        carouselSections = stream.sectionsOnPid(ocPid);
+    tv.run(sections, std::move(carouselSections), {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId},
+           script);
     return 0;
 }

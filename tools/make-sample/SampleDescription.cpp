@@ -111,6 +111,10 @@ bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
         app->location = w[1];
     } else if (key == "boundary" && app && w.size() == 2) {
         app->boundaries.push_back(w[1]);
+    } else if (key == "carousel_file" && (w.size() == 2 || (w.size() == 3 && w[2] == "compressed"))) {
+        sample.carouselFiles.push_back({w[1], w.size() == 3});
+    } else if (key == "carousel_block_size" && w.size() == 2) {
+        sample.carouselBlockSize = uint16_t(number(w[1], ok));
     } else if (key == "repeat" && w.size() == 2) {
         sample.repeat = int(number(w[1], ok));
     } else {
@@ -128,6 +132,8 @@ bool parseDescription(const std::string& path, SampleDescription& sample, std::s
         error = "cannot read " + path;
         return false;
     }
+    const size_t slash = path.rfind('/');
+    sample.directory = slash == std::string::npos ? "." : path.substr(0, slash);
     std::string line;
     for (int n = 1; std::getline(in, line); ++n) {
         const size_t hash = line.find('#');

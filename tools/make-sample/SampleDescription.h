@@ -19,6 +19,12 @@ struct SampleApplication {
     std::vector<std::string> boundaries;
 };
 
+// A file of the object carousel, below the description's carousel/ folder.
+struct SampleCarouselFile {
+    std::string path;
+    bool compressed = false;
+};
+
 struct SampleDescription {
     uint16_t transportStreamId = 1;
     uint16_t originalNetworkId = 1;
@@ -31,6 +37,9 @@ struct SampleDescription {
     uint8_t carouselTag = 0;
     uint8_t aitVersion = 0;
     std::vector<std::vector<SampleApplication>> sections;
+    std::vector<SampleCarouselFile> carouselFiles;
+    uint16_t carouselBlockSize = 4066;
+    std::string directory;  // of the description
     int repeat = 1;
 };
 

@@ -3,7 +3,10 @@
 
 #include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <set>
 
+#include "CarouselWriter.h"
 #include "SampleDescription.h"
 #include "TsWriter.h"
 
@@ -38,6 +41,29 @@ Bytes pmtOf(const SampleDescription& sample)
     return pmtSection(sample.serviceId, {{0x05, sample.aitPid, signalling}, {0x0B, sample.carouselPid, carousel}});
 }
 
+// The files of the carousel/ folder that the description names, as an object carousel.
+bool carouselSections(const SampleDescription& sample, std::vector<Bytes>& sections, std::string& error)
+{
+    std::vector<carousel::CarouselFile> files;
+    std::set<std::string> compressed;
+    for (const SampleCarouselFile& file : sample.carouselFiles) {
+        std::ifstream in(sample.directory + "/carousel/" + file.path, std::ios::binary);
+        if (!in) {
+            error = "cannot read the carousel file " + file.path;
+            return false;
+        }
+        files.push_back({file.path, std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>())});
+        if (file.compressed)
+            compressed.insert(file.path);
+    }
+    carousel::CarouselIds ids;
+    ids.associationTag = sample.carouselTag;
+    ids.blockSize = sample.carouselBlockSize;
+    if (!files.empty())
+        sections = carousel::writeObjectCarousel(files, ids, compressed);
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -52,6 +78,11 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "make-sample: %s\n", error.c_str());
         return 2;
     }
+    std::vector<Bytes> carouselSectionList;
+    if (!carouselSections(sample, carouselSectionList, error)) {
+        std::fprintf(stderr, "make-sample: %s\n", error.c_str());
+        return 2;
+    }
     TsWriter ts;
     for (int round = 0; round < sample.repeat; ++round) {
         ts.writeSection(0x0000, patSection(sample.transportStreamId, {{sample.serviceId, sample.pmtPid}}));
@@ -60,6 +91,8 @@ int main(int argc, char** argv)
                                            {{sample.serviceId, sample.provider, sample.serviceName}}));
         for (size_t i = 0; i < sample.sections.size(); ++i)
             ts.writeSection(sample.aitPid, aitSection(sample, i));
+        for (const Bytes& section : carouselSectionList)
+            ts.writeSection(sample.carouselPid, section);
     }
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));

@@ -1,0 +1,44 @@
+#include "CarouselFeed.h"
+
+using carousel::ObjectCarousel;
+
+void CarouselFeed::start(std::vector<TimedSection> all, uint64_t ticks)
+{
+    sections = std::move(all);
+    next = 0;
+    perTick = ticks == 0 ? sections.size() : (sections.size() + ticks - 1) / ticks;
+    if (perTick == 0)
+        perTick = 1;
+}
+
+void CarouselFeed::step(uint64_t tick, std::vector<std::string>& said, std::vector<Answer>& answers)
+{
+    const size_t due = std::min(sections.size(), size_t(tick + 1) * perTick);
+    if (next >= due)
+        return;
+    for (; next < due; ++next) {
+        const std::string line = carousel.addSection(sections[next].bytes.data(), sections[next].bytes.size());
+        if (!line.empty())
+            said.push_back(line);
+    }
+    for (auto it = waiting.begin(); it != waiting.end();) {
+        Answer answer{it->first, false, it->second, ""};
+        const ObjectCarousel::Lookup found = carousel.file(it->second, answer.content);
+        const bool last = next == sections.size();
+        if (found == ObjectCarousel::Lookup::PENDING && !last) {
+            ++it;
+            continue;
+        }
+        answer.found = found == ObjectCarousel::Lookup::FOUND;
+        answers.push_back(answer);
+        it = waiting.erase(it);
+    }
+}
+
+ObjectCarousel::Lookup CarouselFeed::get(const std::string& path, void* id, std::string& content)
+{
+    const ObjectCarousel::Lookup found = carousel.file(path, content);
+    if (found == ObjectCarousel::Lookup::PENDING)
+        waiting[id] = path;
+    return found;
+}

@@ -1,0 +1,45 @@
+#ifndef TESMO_HBBTV_SIM_CAROUSELFEED_H
+#define TESMO_HBBTV_SIM_CAROUSELFEED_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "ObjectCarousel.h"
+#include "TransportStream.h"
+
+// The platform's object-carousel client at work on the service's carousel stream: its
+// sections arrive a few at each tick, and a file asked for before its module is complete is
+// answered once it is, as on a receiver.
+class CarouselFeed {
+public:
+    // The stream's sections, spread evenly over that many ticks.
+    void start(std::vector<TimedSection> sections, uint64_t ticks);
+    bool active() const { return !sections.empty(); }
+    // The tick that adds the last section.
+    uint64_t lastTick() const { return sections.empty() ? 0 : (sections.size() + perTick - 1) / perTick - 1; }
+
+    struct Answer {
+        void* id;
+        bool found;
+        std::string path;
+        std::string content;
+    };
+    // Adds the sections due at the tick; says what they changed, and which waiting requests
+    // can now be answered.
+    void step(uint64_t tick, std::vector<std::string>& said, std::vector<Answer>& answers);
+
+    // A file by the path of its dvb: URL after the host. PENDING remembers the request.
+    carousel::ObjectCarousel::Lookup get(const std::string& path, void* id, std::string& content);
+    void forget(void* id) { waiting.erase(id); }
+
+private:
+    carousel::ObjectCarousel carousel;
+    std::vector<TimedSection> sections;
+    size_t next = 0;
+    size_t perTick = 1;
+    std::map<void*, std::string> waiting;
+};
+
+#endif
