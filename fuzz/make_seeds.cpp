@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "CarouselWriter.h"
 #include "SectionBuilder.h"
 
 using namespace tesmo_test;
@@ -60,5 +61,14 @@ int main(int argc, char** argv)
     const std::string more = "dvb://current.ait/1a.2";
     write(dir + "/fuzz_urls/http-and-current-ait", Bytes(urls.begin(), urls.end()));
     write(dir + "/fuzz_urls/current-ait", Bytes(more.begin(), more.end()));
+
+    // A small carousel in 64-byte blocks, one module compressed, each section behind its length.
+    carousel::CarouselIds ids;
+    ids.blockSize = 64;
+    Bytes sections{2};  // lengths and CRCs made good
+    for (const Bytes& section : carousel::writeObjectCarousel(
+             {{"index.html", "<html><body>seed</body></html>"}, {"d/a.css", std::string(200, 'a')}}, ids, {"d/a.css"}))
+        sections = concat({sections, {uint8_t(section.size() >> 8), uint8_t(section.size())}, section});
+    write(dir + "/fuzz_carousel/small-carousel", sections);
     return 0;
 }

@@ -10,6 +10,7 @@ namespace {
 
 // Modules of real carousels stay far below this; a DII that claims more is not believed.
 const uint32_t LARGEST_MODULE = 16 * 1024 * 1024;
+const size_t MOST_BLOCKS = 65536;  // block numbers have 16 bits
 const size_t MOST_EARLY_BLOCKS = 4096;
 
 std::string moduleName(uint16_t id, uint8_t version)
@@ -79,13 +80,13 @@ std::string ObjectCarousel::addInfo(const DsmccMessage& message)
         Module& module = modules[info.id] = Module();
         module.info = info;
         module.blockSize = message.blockSize;
+        module.blockCount = message.blockSize == 0 ? 0 : (size_t(info.size) + message.blockSize - 1) / message.blockSize;
         if (info.size > LARGEST_MODULE || (info.compressed && info.originalSize > LARGEST_MODULE) ||
-            (info.size > 0 && message.blockSize == 0)) {
+            (info.size > 0 && message.blockSize == 0) || module.blockCount > MOST_BLOCKS) {
             module.problem = "its announced size cannot be believed";
             continue;
         }
-        module.blocks.resize(info.size == 0 ? 0 : (info.size + message.blockSize - 1) / message.blockSize);
-        if (module.blocks.empty())
+        if (module.blockCount == 0)
             completeModule(module);
     }
     std::vector<DsmccMessage> waiting;
@@ -109,25 +110,25 @@ std::string ObjectCarousel::addBlock(const DsmccMessage& message)
     if (found->second.info.version != message.moduleVersion)
         return "";  // another version of the module
     Module& module = found->second;
-    if (module.complete || !module.problem.empty() || message.blockNumber >= module.blocks.size() ||
-        !module.blocks[message.blockNumber].empty())
+    if (module.complete || !module.problem.empty() || message.blockNumber >= module.blockCount ||
+        module.blocks.count(message.blockNumber))
         return "";
-    const bool last = message.blockNumber + 1u == module.blocks.size();
+    const bool last = message.blockNumber + 1u == module.blockCount;
     const size_t expected = last ? module.info.size - size_t(module.blockSize) * message.blockNumber : module.blockSize;
     if (message.blockData.size() != expected)
         return "carousel: " + moduleName(module.info.id, module.info.version) + " block " +
                std::to_string(message.blockNumber) + " has " + std::to_string(message.blockData.size()) +
                " bytes, not " + std::to_string(expected);
     module.blocks[message.blockNumber] = message.blockData;
-    return ++module.received == module.blocks.size() ? completeModule(module) : "";
+    return module.blocks.size() == module.blockCount ? completeModule(module) : "";
 }
 
 std::string ObjectCarousel::completeModule(Module& module)
 {
     module.complete = true;
     std::string data;
-    for (std::string& block : module.blocks)
-        data += block;
+    for (const auto& block : module.blocks)
+        data += block.second;
     module.blocks.clear();
     if (module.info.compressed) {
         std::string inflated;
@@ -147,18 +148,18 @@ std::string ObjectCarousel::completeModule(Module& module)
 std::string ObjectCarousel::missingBlocks(const Module& module)
 {
     std::string ranges;
-    for (size_t i = 0; i < module.blocks.size();) {
-        if (!module.blocks[i].empty()) {
+    for (size_t i = 0; i < module.blockCount;) {
+        if (module.blocks.count(uint16_t(i))) {
             ++i;
             continue;
         }
         size_t last = i;
-        while (last + 1 < module.blocks.size() && module.blocks[last + 1].empty())
+        while (last + 1 < module.blockCount && !module.blocks.count(uint16_t(last + 1)))
             ++last;
         ranges += (ranges.empty() ? "" : ", ") + std::to_string(i) + (last > i ? "-" + std::to_string(last) : "");
         i = last + 1;
     }
-    return "incomplete: " + std::to_string(module.received) + " of " + std::to_string(module.blocks.size()) +
+    return "incomplete: " + std::to_string(module.blocks.size()) + " of " + std::to_string(module.blockCount) +
            " blocks, missing " + ranges;
 }
 
@@ -213,10 +214,8 @@ std::vector<ObjectCarousel::ModuleStatus> ObjectCarousel::moduleStatus() const
     std::vector<ModuleStatus> out;
     for (const auto& entry : modules) {
         const Module& m = entry.second;
-        // A complete module keeps no blocks, only their count.
-        const size_t blocks = m.complete ? m.received : m.blocks.size();
         const std::string problem = m.problem.empty() && !m.complete ? missingBlocks(m) : m.problem;
-        out.push_back({m.info.id, m.info.version, m.info.size, m.info.compressed, blocks, m.received, problem});
+        out.push_back({m.info.id, m.info.version, m.info.size, m.info.compressed, m.blockCount, problem});
     }
     return out;
 }

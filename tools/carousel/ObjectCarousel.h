@@ -47,8 +47,7 @@ public:
         uint32_t size;  // as carried
         bool compressed;
         size_t blocks;
-        size_t received;  // all of them once complete
-        std::string problem;
+        std::string problem;  // what is missing or wrong; empty once complete
     };
     // Every module the DII announced, and the blocks that came before any DII did.
     std::vector<ModuleStatus> moduleStatus() const;
@@ -58,8 +57,8 @@ private:
     struct Module {
         ModuleInfo info;
         uint16_t blockSize = 0;
-        std::vector<std::string> blocks;
-        size_t received = 0;
+        size_t blockCount = 0;
+        std::map<uint16_t, std::string> blocks;  // those received, until the module completes
         bool complete = false;
         std::vector<BiopObject> objects;
         std::string problem;

@@ -1,0 +1,59 @@
+// The hosts' object-carousel client on any input. The first byte chooses: odd, the rest is
+// one module's BIOP messages; even, the rest is a sequence of sections (each behind a 16-bit
+// length) fed into one carousel, whose tree, files and modules are then read in full. With
+// bit 1 set, each section's length field and CRC are made good first, so that the fuzzer's
+// changes reach the messages instead of stopping at the CRC.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "BiopObject.h"
+#include "ObjectCarousel.h"
+#include "SectionBuilder.h"
+
+namespace {
+
+void makeGood(std::vector<uint8_t>& section)
+{
+    if (section.size() < 12)
+        return;
+    const size_t length = section.size() - 3;
+    section[1] = uint8_t((section[1] & 0xF0) | ((length >> 8) & 0x0F));
+    section[2] = uint8_t(length);
+    const uint32_t crc = tesmo_test::crc32Mpeg(section.data(), section.size() - 4);
+    for (size_t i = 0; i < 4; ++i)
+        section[section.size() - 4 + i] = uint8_t(crc >> (24 - 8 * i));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    if (size == 0)
+        return 0;
+    if (data[0] & 1) {
+        std::vector<carousel::BiopObject> objects;
+        std::string error;
+        carousel::parseBiopModule(std::string(reinterpret_cast<const char*>(data + 1), size - 1), objects, error);
+        return 0;
+    }
+    carousel::ObjectCarousel oc;
+    for (size_t at = 1; at + 2 <= size;) {
+        const size_t length = size_t(data[at]) << 8 | data[at + 1];
+        at += 2;
+        const size_t n = length < size - at ? length : size - at;
+        // Each section in a buffer of its own size, so that a read past it is caught.
+        std::vector<uint8_t> section(data + at, data + at + n);
+        if (data[0] & 2)
+            makeGood(section);
+        oc.addSection(section.data(), section.size());
+        at += n;
+    }
+    for (const carousel::ObjectCarousel::Entry& entry : oc.list()) {
+        std::string content;
+        oc.file(entry.path.substr(1), content);
+    }
+    oc.moduleStatus();
+    return 0;
+}
