@@ -12,7 +12,9 @@
 #include <regex>
 #include <sstream>
 
+#include "SectionBuilder.h"
 #include "SharedData.h"
+#include "TsWriter.h"
 
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -281,19 +283,41 @@ TEST(HbbtvSimTest, RaiApplicationsAskForAVersionNoTerminalOffers)
     EXPECT_THAT(other.out, HasSubstr("https://www.raiplay.it/hbbtv/launcher/"));
 }
 
+TEST(HbbtvSimTest, AitWithoutApplicationTypesIsPlayedWhenNothingElseIs)
+{
+    using namespace tesmo_test;
+    TsWriter ts;
+    ts.writeSection(0x0000, patSection(1, {{0x0007, 0x0100}}));
+    ts.writeSection(0x0100, pmtSection(0x0007, {{0x05, 0x0101, descriptor(0x6F, {})}}));
+    ApplicationDescriptorFields fields;
+    ts.writeSection(0x0101, AITSection()
+                                .application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://a.tv/")))
+                                .bytes());
+    const std::string path = tempFile("unlabelled.ts");
+    writeFile(path, std::string(ts.bytes().begin(), ts.bytes().end()));
+    const SimRun run = sim(path);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("no service lists application type 0x0010; the AIT of service 0x0007 on PID 0x0101 "
+                                   "lists no type at all, so it is played as HbbTV"));
+    EXPECT_THAT(run.out, HasSubstr("start requested: 0x10.0x1 http://a.tv/"));
+    std::remove(path.c_str());
+}
+
 TEST(HbbtvSimTest, CapturesWithoutAnHbbTVService)
 {
     REQUIRE_SHARED_DATA();
     const SimRun mhp = sim(capture("mediaset-sat-mhp.ts"));
     EXPECT_EQ(mhp.status, 2);
-    EXPECT_THAT(mhp.err, HasSubstr("no service of the capture signals an HbbTV AIT"));
+    EXPECT_THAT(mhp.err, HasSubstr("no service of the capture signals an HbbTV AIT: 2 of 20 service(s) signal an AIT, "
+                                   "for application type(s) 0x0001 only"));
     EXPECT_THAT(mhp.out, HasSubstr("service 0x0001 \"Italia 1\" from \"Mediaset\" AIT on PID 0x1EC5 (not HbbTV)"));
     const SimRun forced = sim(capture("mediaset-sat-mhp.ts") + " --service 1");
     EXPECT_EQ(forced.status, 0) << forced.err;
     EXPECT_THAT(forced.out, HasSubstr("the library did not complete the table"));
 
     const SimRun synthetic = sim(capture("all-descriptors-synthetic.ts"));
-    EXPECT_EQ(synthetic.status, 2) << "no PAT, so no service";
+    EXPECT_EQ(synthetic.status, 2);
+    EXPECT_THAT(synthetic.err, HasSubstr("no service can be played: the capture has no PAT"));
 }
 
 } // namespace

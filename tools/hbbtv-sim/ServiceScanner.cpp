@@ -64,6 +64,14 @@ const AitStream* Service::hbbtvStream() const
     return nullptr;
 }
 
+const AitStream* Service::unlabelledStream() const
+{
+    for (const AitStream& stream : aitStreams)
+        if (stream.applicationTypes.empty())
+            return &stream;
+    return nullptr;
+}
+
 std::vector<Service> scanServices(const TransportStream& stream)
 {
     std::vector<Service> services;

@@ -28,6 +28,9 @@ struct Service {
     std::vector<AitStream> aitStreams;
     std::vector<CarouselStream> carouselStreams;
     const AitStream* hbbtvStream() const;
+    // An AIT stream whose application_signalling_descriptor lists no type at all, as some
+    // broadcasters send it.
+    const AitStream* unlabelledStream() const;
 };
 
 // The services of a stream, from its PAT, PMTs (read with the library's PMT) and SDT.

@@ -67,13 +67,45 @@ void listServices(const TransportStream& stream, const std::vector<Service>& ser
     }
 }
 
-const Service* chooseService(const std::vector<Service>& services, const Options& options, std::string& error)
+// Why no service of the capture can be played.
+std::string noServiceReason(const TransportStream& stream, const std::vector<Service>& services)
+{
+    if (stream.programs().empty())
+        return "no service can be played: the capture has no PAT";
+    size_t withAit = 0;
+    std::set<uint16_t> types;
+    for (const Service& s : services) {
+        withAit += !s.aitStreams.empty();
+        for (const AitStream& a : s.aitStreams)
+            types.insert(a.applicationTypes.begin(), a.applicationTypes.end());
+    }
+    std::string listed;
+    for (uint16_t type : types)
+        listed += " " + hex4(type);
+    return "no service of the capture signals an HbbTV AIT: " + std::to_string(withAit) + " of " +
+           std::to_string(services.size()) + " service(s) signal an AIT, for application type(s)" +
+           (listed.empty() ? " none" : listed) + " only";
+}
+
+// The service asked for; else the first that signals an HbbTV AIT; else, as a receiver
+// would, the first whose AIT stream lists no application type at all (note says so).
+const Service* chooseService(const TransportStream& stream, const std::vector<Service>& services,
+                             const Options& options, std::string& note, std::string& error)
 {
     for (const Service& s : services)
         if (options.service ? s.serviceId == *options.service : s.hbbtvStream() != nullptr)
             return &s;
-    error = options.service ? "no service " + hex4(*options.service) + " in the capture"
-                            : std::string("no service of the capture signals an HbbTV AIT");
+    if (options.service) {
+        error = "no service " + hex4(*options.service) + " in the capture";
+        return nullptr;
+    }
+    for (const Service& s : services)
+        if (const AitStream* unlabelled = s.unlabelledStream()) {
+            note = "no service lists application type 0x0010; the AIT of service " + hex4(s.serviceId) + " on PID " +
+                   hex4(unlabelled->pid) + " lists no type at all, so it is played as HbbTV";
+            return &s;
+        }
+    error = noServiceReason(stream, services);
     return nullptr;
 }
 
@@ -189,7 +221,8 @@ int main(int argc, char** argv)
     const std::vector<Service> services = scanServices(stream);
     const bool carouselOnly = options.carouselList || !options.carouselExtract.empty();
     listServices(stream, services, options.json || options.dumpAit || carouselOnly);
-    const Service* service = chooseService(services, options, error);
+    std::string note;
+    const Service* service = chooseService(stream, services, options, note, error);
     uint16_t ocPid = 0;
     if (carouselOnly) {
         if (!carouselPid(service, options, ocPid))
@@ -199,6 +232,8 @@ int main(int argc, char** argv)
     if (!service)
         return fail(error);
     const AitStream* ait = service->hbbtvStream();
+    if (!ait)
+        ait = service->unlabelledStream();
     if (!ait && !service->aitStreams.empty())
         ait = &service->aitStreams.front();
     if (!ait)
@@ -212,6 +247,8 @@ int main(int argc, char** argv)
     std::vector<ScriptAction> script;
     if (!options.script.empty() && !loadScript(options.script, script, error))
         return fail(error);
+    if (!options.json && !note.empty())
+        std::printf("%s\n", note.c_str());
     if (!options.json)
         std::printf("playing service %s: %zu AIT section(s) on PID %s\n\n", hex4(service->serviceId).c_str(),
                     sections.size(), hex4(ait->pid).c_str());
