@@ -74,6 +74,10 @@ const AitStream* Service::unlabelledStream() const
 
 std::vector<Service> scanServices(const TransportStream& stream)
 {
+    std::set<uint16_t> pmtPids;
+    for (const TransportStream::Program& program : stream.programs())
+        pmtPids.insert(program.pmtPid);
+    std::map<uint16_t, std::vector<TimedSection>> pmtSections = stream.sectionsOnPids(pmtPids);
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
         Service service{program.number, program.pmtPid, "", "", {}, {}};
@@ -82,7 +86,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
             service.name = name->second.name;
             service.provider = name->second.provider;
         }
-        const std::vector<TimedSection> sections = stream.sectionsOnPid(program.pmtPid);
+        const std::vector<TimedSection>& sections = pmtSections[program.pmtPid];
         if (const Bytes* section = pmtOf(sections, program.number)) {
             PMT pmt(section->data());
             for (const auto& es : pmt.getStreams()) {

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <memory>
 
 extern "C" {
@@ -26,6 +25,8 @@ const uint16_t PAT_PID = 0x0000;
 const uint16_t NIT_PID = 0x0010;
 const uint16_t SDT_PID = 0x0011;
 const int MAX_SECTION = 4096;
+const size_t PROBE_SIZE = 64 * 1024;     // enough to find the packet size
+const size_t PACKETS_PER_READ = 4096;
 
 uint16_t pidOf(const uint8_t* packet)
 {
@@ -78,133 +79,160 @@ std::string descriptorText(const uint8_t* text, uint8_t length)
 
 } // namespace
 
-bool TransportStream::open(const std::string& path, std::string& error)
+bool TransportStream::open(const std::string& file, std::string& error)
 {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(file, std::ios::binary);
     if (!in) {
-        error = "cannot read " + path + ": " + std::strerror(errno);
+        error = "cannot read " + file + ": " + std::strerror(errno);
         return false;
     }
-    data.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    Bytes head(PROBE_SIZE);
+    in.read(reinterpret_cast<char*>(head.data()), std::streamsize(head.size()));
+    head.resize(size_t(in.gcount()));
     // Each size with the offset of the sync byte inside its packet.
     const std::pair<size_t, size_t> layouts[] = {{188, 0}, {192, 4}, {204, 0}};
-    size_t start = 0;
     for (const auto& layout : layouts) {
-        if (findSync(data, layout.first, layout.second, start)) {
+        if (findSync(head, layout.first, layout.second, start)) {
             size = layout.first;
             break;
         }
     }
     if (size == 0) {
-        error = path + " is not an MPEG-2 transport stream (no 188, 192 or 204-byte packets)";
+        error = file + " is not an MPEG-2 transport stream (no 188, 192 or 204-byte packets)";
         return false;
     }
-    for (size_t at = start; at + 188 <= data.size(); at += size)
-        if (data[at] == SYNC)
-            packets.push_back(&data[at]);
-    readPat();
-    readSdt();
-    readNit();
+    path = file;
+    readServiceInformation();
     return true;
+}
+
+void TransportStream::forEachPacket(const std::function<void(uint8_t* packet, size_t index)>& visit) const
+{
+    std::ifstream in(path, std::ios::binary);
+    in.seekg(std::streamoff(start));
+    Bytes chunk(size * PACKETS_PER_READ);  // whole packets, so that none straddles two reads
+    size_t index = 0;
+    while (in) {
+        in.read(reinterpret_cast<char*>(chunk.data()), std::streamsize(chunk.size()));
+        const size_t got = size_t(in.gcount());
+        for (size_t at = 0; at + 188 <= got; at += size)
+            if (chunk[at] == SYNC)
+                visit(&chunk[at], index++);
+    }
 }
 
 std::vector<TimedSection> TransportStream::sectionsOnPid(uint16_t pid) const
 {
-    std::vector<TimedSection> sections;
-    RawCollector collector{&sections, 0};
-    Handle handle = newHandle();
-    handle->p_sys = &collector;
-    handle->p_decoder =
-        static_cast<dvbpsi_decoder_t*>(dvbpsi_decoder_new(gatherRaw, MAX_SECTION, true, sizeof(dvbpsi_decoder_t)));
-    for (size_t i = 0; i < packets.size(); ++i) {
-        if (pidOf(packets[i]) != pid)
-            continue;
-        collector.packet = i;
-        dvbpsi_packet_push(handle.get(), const_cast<uint8_t*>(packets[i]));
+    return sectionsOnPids({pid})[pid];
+}
+
+std::map<uint16_t, std::vector<TimedSection>> TransportStream::sectionsOnPids(const std::set<uint16_t>& pids) const
+{
+    std::map<uint16_t, std::vector<TimedSection>> sections;
+    std::map<uint16_t, RawCollector> collectors;
+    std::map<uint16_t, Handle> handles;
+    for (uint16_t pid : pids) {
+        collectors[pid] = RawCollector{&sections[pid], 0};
+        Handle handle = newHandle();
+        handle->p_sys = &collectors[pid];
+        handle->p_decoder =
+            static_cast<dvbpsi_decoder_t*>(dvbpsi_decoder_new(gatherRaw, MAX_SECTION, true, sizeof(dvbpsi_decoder_t)));
+        handles[pid] = std::move(handle);
     }
-    dvbpsi_decoder_delete(handle->p_decoder);
-    handle->p_decoder = nullptr;
+    forEachPacket([&](uint8_t* packet, size_t index) {
+        auto found = handles.find(pidOf(packet));
+        if (found == handles.end())
+            return;
+        collectors[found->first].packet = index;
+        dvbpsi_packet_push(found->second.get(), packet);
+    });
+    for (auto& entry : handles) {
+        dvbpsi_decoder_delete(entry.second->p_decoder);
+        entry.second->p_decoder = nullptr;
+    }
     return sections;
 }
 
-void TransportStream::pushPackets(dvbpsi_t* handle, uint16_t pid) const
+// PAT, SDT and NIT in one reading, which also counts the packets.
+void TransportStream::readServiceInformation()
 {
-    for (const uint8_t* packet : packets)
-        if (pidOf(packet) == pid)
-            dvbpsi_packet_push(handle, const_cast<uint8_t*>(packet));
-}
-
-void TransportStream::readPat()
-{
-    Handle handle = newHandle();
+    Handle pat = newHandle();
     dvbpsi_pat_attach(
-        handle.get(),
-        [](void* self, dvbpsi_pat_t* pat) {
+        pat.get(),
+        [](void* self, dvbpsi_pat_t* table) {
             auto* stream = static_cast<TransportStream*>(self);
             if (stream->patPrograms.empty()) {
-                stream->tsid = pat->i_ts_id;
-                for (dvbpsi_pat_program_t* p = pat->p_first_program; p; p = p->p_next)
+                stream->tsid = table->i_ts_id;
+                for (dvbpsi_pat_program_t* p = table->p_first_program; p; p = p->p_next)
                     if (p->i_number != 0)
                         stream->patPrograms.push_back({p->i_number, p->i_pid});
             }
-            dvbpsi_pat_delete(pat);
+            dvbpsi_pat_delete(table);
         },
         this);
-    pushPackets(handle.get(), PAT_PID);
-    dvbpsi_pat_detach(handle.get());
-}
-
-void TransportStream::readSdt()
-{
-    Handle handle = newHandle();
+    Handle sdt = newHandle();
     dvbpsi_AttachDemux(
-        handle.get(),
+        sdt.get(),
         [](dvbpsi_t* h, uint8_t tableId, uint16_t extension, void* self) {
             if (tableId != 0x42)  // the SDT of this transport stream
                 return;
             dvbpsi_sdt_attach(
                 h, tableId, extension,
-                [](void* me, dvbpsi_sdt_t* sdt) {
+                [](void* me, dvbpsi_sdt_t* table) {
                     auto* stream = static_cast<TransportStream*>(me);
-                    stream->onid = sdt->i_network_id;
-                    for (dvbpsi_sdt_service_t* s = sdt->p_first_service; s; s = s->p_next)
+                    stream->onid = table->i_network_id;
+                    for (dvbpsi_sdt_service_t* s = table->p_first_service; s; s = s->p_next)
                         for (dvbpsi_descriptor_t* d = s->p_first_descriptor; d; d = d->p_next)
                             if (d->i_tag == 0x48)
                                 if (dvbpsi_service_dr_t* service = dvbpsi_DecodeServiceDr(d))
                                     stream->names[s->i_service_id] = {
                                         descriptorText(service->i_service_provider_name, service->i_service_provider_name_length),
                                         descriptorText(service->i_service_name, service->i_service_name_length)};
-                    dvbpsi_sdt_delete(sdt);
+                    dvbpsi_sdt_delete(table);
                 },
                 self);
         },
         this);
-    pushPackets(handle.get(), SDT_PID);
-    dvbpsi_DetachDemux(handle.get());
-}
-
-void TransportStream::readNit()
-{
-    if (onid != 0)
-        return;
-    Handle handle = newHandle();
+    // The NIT's transport-stream loop names the original network when no SDT does; which
+    // entry is ours is known once the PAT is.
+    std::map<uint16_t, uint16_t> networkOfStream;
+    Handle nit = newHandle();
     dvbpsi_AttachDemux(
-        handle.get(),
+        nit.get(),
         [](dvbpsi_t* h, uint8_t tableId, uint16_t extension, void* self) {
             if (tableId != 0x40)  // the NIT of this network
                 return;
             dvbpsi_nit_attach(
                 h, tableId, extension,
-                [](void* me, dvbpsi_nit_t* nit) {
-                    auto* stream = static_cast<TransportStream*>(me);
-                    for (dvbpsi_nit_ts_t* ts = nit->p_first_ts; ts; ts = ts->p_next)
-                        if (ts->i_ts_id == stream->tsid)
-                            stream->onid = ts->i_orig_network_id;
-                    dvbpsi_nit_delete(nit);
+                [](void* me, dvbpsi_nit_t* table) {
+                    auto& networks = *static_cast<std::map<uint16_t, uint16_t>*>(me);
+                    for (dvbpsi_nit_ts_t* ts = table->p_first_ts; ts; ts = ts->p_next)
+                        networks[ts->i_ts_id] = ts->i_orig_network_id;
+                    dvbpsi_nit_delete(table);
                 },
                 self);
         },
-        this);
-    pushPackets(handle.get(), NIT_PID);
-    dvbpsi_DetachDemux(handle.get());
+        &networkOfStream);
+
+    forEachPacket([&](uint8_t* packet, size_t index) {
+        count = index + 1;
+        switch (pidOf(packet)) {
+        case PAT_PID:
+            dvbpsi_packet_push(pat.get(), packet);
+            break;
+        case SDT_PID:
+            dvbpsi_packet_push(sdt.get(), packet);
+            break;
+        case NIT_PID:
+            dvbpsi_packet_push(nit.get(), packet);
+            break;
+        default:
+            break;
+        }
+    });
+    dvbpsi_pat_detach(pat.get());
+    dvbpsi_DetachDemux(sdt.get());
+    dvbpsi_DetachDemux(nit.get());
+    if (onid == 0 && networkOfStream.count(tsid))
+        onid = networkOfStream[tsid];
 }

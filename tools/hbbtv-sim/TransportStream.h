@@ -2,7 +2,9 @@
 #define TESMO_HBBTV_SIM_TRANSPORTSTREAM_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,17 +23,21 @@ struct ServiceName {
     std::string name;
 };
 
-// A transport stream file read whole: 188-byte packets, or 192 (a timestamp before each)
-// or 204 (parity after each). Sections are reassembled, and their CRC checked, by libdvbpsi.
+// A transport stream file, read as a stream: 188-byte packets, or 192 (a timestamp before
+// each) or 204 (parity after each). Each question reads the file once more, a chunk at a
+// time, keeping only the sections asked for, so memory stays flat however long the
+// recording. Sections are reassembled, and their CRC checked, by libdvbpsi.
 class TransportStream {
 public:
     // False with a reason when the file cannot be read or holds no transport stream.
     bool open(const std::string& path, std::string& error);
 
     size_t packetSize() const { return size; }
-    size_t packetCount() const { return packets.size(); }
+    size_t packetCount() const { return count; }
 
     std::vector<TimedSection> sectionsOnPid(uint16_t pid) const;
+    // The sections of several PIDs, in one reading.
+    std::map<uint16_t, std::vector<TimedSection>> sectionsOnPids(const std::set<uint16_t>& pids) const;
 
     struct Program {
         uint16_t number;
@@ -44,14 +50,15 @@ public:
     const std::map<uint16_t, ServiceName>& serviceNames() const { return names; }
 
 private:
-    void pushPackets(dvbpsi_s* handle, uint16_t pid) const;
-    void readPat();
-    void readSdt();
-    void readNit();
+    // Every packet in order, with its index among the packets; each is 188 bytes at its sync
+    // byte, valid during the call only.
+    void forEachPacket(const std::function<void(uint8_t* packet, size_t index)>& visit) const;
+    void readServiceInformation();
 
+    std::string path;
     size_t size = 0;
-    std::vector<const uint8_t*> packets;  // into data, each at its sync byte
-    Bytes data;
+    size_t start = 0;  // of the first sync byte
+    size_t count = 0;
     uint16_t tsid = 0;
     uint16_t onid = 0;
     std::vector<Program> patPrograms;

@@ -137,8 +137,32 @@ void dumpAit(const std::vector<TimedSection>& sections)
     }
 }
 
-// The PID of the object carousel: as given, or the service's first carousel stream.
-bool carouselPid(const Service* service, const Options& options, uint16_t& pid)
+const AitStream* aitStreamOf(const Service& service)
+{
+    if (const AitStream* hbbtv = service.hbbtvStream())
+        return hbbtv;
+    if (const AitStream* unlabelled = service.unlabelledStream())
+        return unlabelled;
+    return service.aitStreams.empty() ? nullptr : &service.aitStreams.front();
+}
+
+// The component tags of the local object carousels that the AIT's applications name.
+std::set<uint8_t> carouselTags(const std::vector<TimedSection>& aitSections)
+{
+    std::set<uint8_t> tags;
+    for (const TimedSection& section : aitSections) {
+        const DecodedAit ait = decodeAit(section.bytes);
+        for (const DecodedApplication& app : ait.applications)
+            for (const DecodedTransport& t : app.transports)
+                if (t.protocol == 0x0001 && !t.remote)
+                    tags.insert(t.componentTag);
+    }
+    return tags;
+}
+
+// The PID of the object carousel: as given; else the service's carousel stream whose
+// component tag the AIT names; else its first carousel stream.
+bool carouselPid(const Service* service, const std::set<uint8_t>& tags, const Options& options, uint16_t& pid)
 {
     if (options.carouselPid) {
         pid = *options.carouselPid;
@@ -147,6 +171,11 @@ bool carouselPid(const Service* service, const Options& options, uint16_t& pid)
     if (!service || service->carouselStreams.empty())
         return false;
     pid = service->carouselStreams.front().pid;
+    for (const CarouselStream& stream : service->carouselStreams)
+        if (tags.count(stream.componentTag)) {
+            pid = stream.pid;
+            break;
+        }
     return true;
 }
 
@@ -223,22 +252,18 @@ int main(int argc, char** argv)
     listServices(stream, services, options.json || options.dumpAit || carouselOnly);
     std::string note;
     const Service* service = chooseService(stream, services, options, note, error);
+    const AitStream* ait = service ? aitStreamOf(*service) : nullptr;
+    const std::vector<TimedSection> sections = ait ? stream.sectionsOnPid(ait->pid) : std::vector<TimedSection>();
     uint16_t ocPid = 0;
     if (carouselOnly) {
-        if (!carouselPid(service, options, ocPid))
+        if (!carouselPid(service, carouselTags(sections), options, ocPid))
             return fail(service ? "service " + hex4(service->serviceId) + " signals no object carousel" : error);
         return carouselCommand(stream, ocPid, options);
     }
     if (!service)
         return fail(error);
-    const AitStream* ait = service->hbbtvStream();
-    if (!ait)
-        ait = service->unlabelledStream();
-    if (!ait && !service->aitStreams.empty())
-        ait = &service->aitStreams.front();
     if (!ait)
         return fail("service " + hex4(service->serviceId) + " signals no AIT");
-    const std::vector<TimedSection> sections = stream.sectionsOnPid(ait->pid);
     if (options.dumpAit) {
         dumpAit(sections);
         return 0;
@@ -257,7 +282,7 @@ int main(int argc, char** argv)
     SimulatedTv& tv = SimulatedTv::get();
     tv.configure(options, timeline);
     std::vector<TimedSection> carouselSections;
-    if (options.carouselDir.empty() && carouselPid(service, options, ocPid))
+    if (options.carouselDir.empty() && carouselPid(service, carouselTags(sections), options, ocPid))
         carouselSections = stream.sectionsOnPid(ocPid);
     tv.run(sections, std::move(carouselSections), {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId},
            script);
