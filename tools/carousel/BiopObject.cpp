@@ -6,10 +6,6 @@ namespace carousel {
 
 namespace {
 
-const uint32_t TAG_BIOP = 0x49534F06;
-const uint32_t TAG_OBJECT_LOCATION = 0x49534F50;
-const uint32_t TAG_CONN_BINDER = 0x49534F40;
-
 std::string readString(SectionReader& in, size_t length)
 {
     std::string text;

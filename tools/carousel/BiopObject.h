@@ -12,6 +12,11 @@
 
 namespace carousel {
 
+// The tags of an IOR's BIOP profile and of its components.
+const uint32_t TAG_BIOP = 0x49534F06;
+const uint32_t TAG_OBJECT_LOCATION = 0x49534F50;
+const uint32_t TAG_CONN_BINDER = 0x49534F40;
+
 // Where an object lives: an interoperable object reference with a BIOP profile.
 struct ObjectRef {
     std::string kind;  // "srg", "dir", "fil", "str", "ste"

@@ -1,5 +1,8 @@
 #include "CarouselWriter.h"
 
+#include "BiopObject.h"
+#include "DsmccMessage.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -9,9 +12,6 @@ namespace carousel {
 
 namespace {
 
-const uint32_t TAG_BIOP = 0x49534F06;
-const uint32_t TAG_OBJECT_LOCATION = 0x49534F50;
-const uint32_t TAG_CONN_BINDER = 0x49534F40;
 const uint16_t BIOP_DELIVERY_PARA_USE = 0x0016;
 const uint16_t BIOP_OBJECT_USE = 0x0017;
 const uint32_t DII_TRANSACTION = 0x80000002;
@@ -97,7 +97,7 @@ Bytes dsmccSection(uint8_t tableId, uint16_t extension, uint8_t version, uint8_t
     put8(section, 0xC1 | uint32_t(version & 0x1F) << 1);
     put8(section, number);
     put8(section, last);
-    section.insert(section.end(), {0x11, 0x03});
+    section.insert(section.end(), {PROTOCOL_DSMCC, 0x03});  // a download message
     put16(section, messageId);
     put32(section, transaction);
     section.insert(section.end(), {0xFF, 0x00});
@@ -159,7 +159,7 @@ Bytes serverInitiateSection(const CarouselIds& ids, const Reference& gateway)
     put16(payload, 0);        // compatibility descriptor
     put16(payload, uint32_t(gatewayInfo.size()));
     append(payload, gatewayInfo);
-    return dsmccSection(0x3B, 0x0000, 0, 0, 0, 0x1006, DSI_TRANSACTION, payload);
+    return dsmccSection(TABLE_MESSAGES, 0x0000, 0, 0, 0, SERVER_INITIATE_ID, DSI_TRANSACTION, payload);
 }
 
 Bytes infoIndicationSection(const CarouselIds& ids, const std::vector<ModuleSpec>& modules)
@@ -182,7 +182,7 @@ Bytes infoIndicationSection(const CarouselIds& ids, const std::vector<ModuleSpec
         put8(info, 0);
         Bytes user;
         if (module.compressed) {
-            user.insert(user.end(), {0x09, 5, 0x08});
+            user.insert(user.end(), {COMPRESSED_MODULE_DESCRIPTOR, 5, 0x08});  // zlib
             put32(user, uint32_t(module.data.size()));
         }
         put8(info, uint32_t(user.size()));
@@ -195,7 +195,8 @@ Bytes infoIndicationSection(const CarouselIds& ids, const std::vector<ModuleSpec
         append(payload, info);
     }
     put16(payload, 0);  // private data
-    return dsmccSection(0x3B, uint16_t(DII_TRANSACTION), ids.diiVersion, 0, 0, 0x1002, DII_TRANSACTION, payload);
+    return dsmccSection(TABLE_MESSAGES, uint16_t(DII_TRANSACTION), ids.diiVersion, 0, 0, INFO_INDICATION_ID,
+                        DII_TRANSACTION, payload);
 }
 
 std::vector<Bytes> dataBlockSections(const CarouselIds& ids, const ModuleSpec& module)
@@ -212,8 +213,8 @@ std::vector<Bytes> dataBlockSections(const CarouselIds& ids, const ModuleSpec& m
         const size_t start = block * ids.blockSize;
         payload.insert(payload.end(), data.begin() + long(start),
                        data.begin() + long(std::min(data.size(), start + ids.blockSize)));
-        sections.push_back(dsmccSection(0x3C, module.id, module.version, uint8_t(block), uint8_t(count - 1), 0x1003,
-                                        ids.carouselId, payload));
+        sections.push_back(dsmccSection(TABLE_DATA, module.id, module.version, uint8_t(block), uint8_t(count - 1),
+                                        DATA_BLOCK_ID, ids.carouselId, payload));
     }
     return sections;
 }

@@ -8,13 +8,6 @@ namespace carousel {
 
 namespace {
 
-const uint8_t TABLE_MESSAGES = 0x3B;
-const uint8_t TABLE_DATA = 0x3C;
-const uint8_t PROTOCOL_DSMCC = 0x11;
-const uint16_t SERVER_INITIATE_ID = 0x1006;
-const uint16_t INFO_INDICATION_ID = 0x1002;
-const uint16_t DATA_BLOCK_ID = 0x1003;
-const uint8_t COMPRESSED_MODULE_DESCRIPTOR = 0x09;
 const size_t SECTION_HEADER = 8;
 const size_t CRC_SIZE = 4;
 

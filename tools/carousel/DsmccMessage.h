@@ -13,6 +13,14 @@
 
 namespace carousel {
 
+const uint8_t TABLE_MESSAGES = 0x3B;  // DownloadServerInitiate, DownloadInfoIndication
+const uint8_t TABLE_DATA = 0x3C;      // DownloadDataBlock
+const uint8_t PROTOCOL_DSMCC = 0x11;
+const uint16_t SERVER_INITIATE_ID = 0x1006;
+const uint16_t INFO_INDICATION_ID = 0x1002;
+const uint16_t DATA_BLOCK_ID = 0x1003;
+const uint8_t COMPRESSED_MODULE_DESCRIPTOR = 0x09;
+
 struct ModuleInfo {
     uint16_t id = 0;
     uint32_t size = 0;  // as carried, compressed or not
