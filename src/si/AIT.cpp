@@ -26,12 +26,7 @@ AIT::AIT() : xmlAIT(true), complete(true)
 {
 }
 
-AIT::~AIT()
-{
-    // Transports first: applications share them.
-    commonTransports.clear();
-    applications.clear();
-}
+AIT::~AIT() = default;
 
 bool AIT::parse(const unsigned char* section)
 {
@@ -86,8 +81,9 @@ bool AIT::parseApplicationLoop(SectionReader section, size_t position, size_t en
         const size_t descriptorsLength = section.at(position + 7).bits16(4, 15);
         if (position + APPLICATION_ENTRY_HEADER_SIZE + descriptorsLength > end)
             return false;
-        std::unique_ptr<AITApplication> app = AITApplication::create(this, section.at(position));
-        if (!app->parse(section.at(position)))
+        const SectionReader entry = section.at(position);
+        std::unique_ptr<AITApplication> app = AITApplication::create(this, entry);
+        if (!app->parse(entry))
             return false;
         insertAITApplication(app.release());
         position += APPLICATION_ENTRY_HEADER_SIZE + descriptorsLength;
@@ -128,6 +124,11 @@ bool AIT::parse(const DAXO_AITData& data)
 void AIT::insertAITApplication(AITApplication* app)
 {
     const unsigned char priority = app->getApplicationPriority();
+    // Kept in descending priority; entries mostly come in that order, and join at the end.
+    if (applications.empty() || applications[applications.size() - 1]->getApplicationPriority() >= priority) {
+        applications.push_back(std::unique_ptr<AITApplication>(app));
+        return;
+    }
     auto lower = std::find_if(applications.begin(), applications.end(),
                               [priority](const auto& existing) { return existing->getApplicationPriority() < priority; });
     applications.insert(lower, std::unique_ptr<AITApplication>(app));

@@ -67,7 +67,7 @@ private:
     bool isSelectable(const AITApplication& app, AITApplication::ControlCode code, bool broadbandAvailable) const;
 
     SmallVector<std::unique_ptr<AITApplication>, 4> applications;
-    TransportMap commonTransports;
+    TransportMap commonTransports;  // destroyed before the applications that share them
     unsigned short originalNetworkId = 0;
     unsigned short transportStreamId = 0;
     unsigned short serviceId = 0;

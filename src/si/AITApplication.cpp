@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "api/ConfigurationManager.h"
 #include "si/AIT.h"
@@ -10,6 +11,12 @@
 namespace TesmoHbbTV {
 
 namespace {
+
+// A transport protocol descriptor's label, as the transport reads it (0 where it is cut off).
+uint8_t labelOf(const SectionReader& descriptor)
+{
+    return descriptor.peek(4);
+}
 
 bool isUsable(const AITApplicationTransport& transport, bool broadbandAvailable)
 {
@@ -73,7 +80,7 @@ bool AITApplication::parse(SectionReader entry)
     if (!in.ok())
         return false;
 
-    TransportList local;
+    LocalTransports local;
     const size_t loopEnd = 9 + loopLength;
     for (size_t offset = 9; offset < loopEnd;) {
         const SectionReader descriptor = entry.at(offset);
@@ -95,7 +102,7 @@ bool AITApplication::parse(SectionReader entry)
 
 // descriptor reaches to the section end; loopRemaining counts the bytes from the
 // descriptor to the end of the application's descriptor loop.
-bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemaining, TransportList& local)
+bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemaining, LocalTransports& local)
 {
     const size_t length = descriptor.peek(1);
     switch (descriptor.peek(0)) {
@@ -140,7 +147,17 @@ bool AITApplication::parseName(SectionReader descriptor, size_t loopRemaining)
     return true;
 }
 
-void AITApplication::addLocalTransport(SectionReader descriptor, TransportList& local)
+// Only the first transport of a label counts. Its object is made when the application
+// descriptor lists the label: one it does not list costs nothing.
+void AITApplication::addLocalTransport(SectionReader descriptor, LocalTransports& local)
+{
+    for (const SectionReader& existing : local)
+        if (labelOf(existing) == labelOf(descriptor))
+            return;
+    local.push_back(descriptor);
+}
+
+AITApplication::Transport AITApplication::makeLocalTransport(SectionReader descriptor) const
 {
     Transport transport = AITApplicationTransport::create(descriptor);
     const bool implicitService = transport->getProtocolId() == AITApplicationTransport::HTTP ||
@@ -148,25 +165,22 @@ void AITApplication::addLocalTransport(SectionReader descriptor, TransportList& 
                                   !transport->isRemoteConnection());
     if (implicitService && ait)
         transport->setService(ait->getOriginalNetworkId(), ait->getTransportStreamId(), ait->getServiceId());
-    for (const Transport& existing : local)
-        if (existing->getLabel() == transport->getLabel())
-            return;
-    local.push_back(transport);
+    return transport;
 }
 
 // The application's own transport wins over a common one of the same label; the order is
 // the signalled label order, and a label listed twice yields the local transport, then the
 // common one.
-void AITApplication::buildTransportList(TransportList& local)
+void AITApplication::buildTransportList(LocalTransports& local)
 {
     static const AIT::TransportMap none;
     const AIT::TransportMap& common = ait ? ait->getCommonTransports() : none;
     for (uint8_t label : applicationDescriptor->transportProtocolLabels) {
         auto own = local.begin();
-        while (own != local.end() && (*own)->getLabel() != label)
+        while (own != local.end() && labelOf(*own) != label)
             ++own;
         if (own != local.end()) {
-            transports.push_back(*own);
+            transports.push_back(makeLocalTransport(*own));
             local.erase(own);
             continue;
         }
@@ -185,7 +199,7 @@ bool AITApplication::parse(const DAXO_AITApplication& record, bool& corrected)
 
     for (int32_t i = 0; record.transports && i < record.num_transports; ++i)
         if (Transport transport = AITApplicationTransport::create(record.transports[i]))
-            transports.push_back(transport);
+            transports.push_back(std::move(transport));
     if (transports.empty())
         return false;
 

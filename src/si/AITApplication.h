@@ -98,10 +98,14 @@ public:
 private:
     AITApplication(AIT* ait, char* room, size_t nameRoom, size_t locationRoom);
     static std::unique_ptr<AITApplication> allocate(AIT* ait, size_t nameRoom, size_t locationRoom);
-    bool parseDescriptor(SectionReader descriptor, size_t loopRemaining, TransportList& local);
+    // The entry's own transport protocol descriptors, one per label, before they are needed.
+    using LocalTransports = SmallVector<SectionReader, 2>;
+
+    bool parseDescriptor(SectionReader descriptor, size_t loopRemaining, LocalTransports& local);
     bool parseName(SectionReader descriptor, size_t loopRemaining);
-    void addLocalTransport(SectionReader descriptor, TransportList& local);
-    void buildTransportList(TransportList& local);
+    void addLocalTransport(SectionReader descriptor, LocalTransports& local);
+    Transport makeLocalTransport(SectionReader descriptor) const;
+    void buildTransportList(LocalTransports& local);
     AITApplicationTransport* firstAvailableFrom(size_t index, bool broadbandAvailable) const;
 
     AIT* ait;  // the owning table

@@ -10,6 +10,8 @@ public:
     ref_ptr() = default;
     ref_ptr(T* target) : target(target) { acquire(); }  // NOLINT: implicit by design
     ref_ptr(const ref_ptr& other) : target(other.target) { acquire(); }
+    // Moving hands the reference over: no count changes.
+    ref_ptr(ref_ptr&& other) noexcept : target(other.target) { other.target = nullptr; }
     ~ref_ptr()
     {
         if (target)
@@ -19,6 +21,17 @@ public:
     ref_ptr& operator=(const ref_ptr& other)
     {
         reset(other.target);
+        return *this;
+    }
+    ref_ptr& operator=(ref_ptr&& other) noexcept
+    {
+        if (this != &other) {
+            T* old = target;
+            target = other.target;
+            other.target = nullptr;
+            if (old)
+                old->release();
+        }
         return *this;
     }
 
