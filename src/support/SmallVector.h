@@ -19,16 +19,8 @@ public:
     using const_iterator = const T*;
 
     SmallVector() = default;
-    SmallVector(const SmallVector& other) { *this = other; }
-    SmallVector& operator=(const SmallVector& other)
-    {
-        if (this != &other) {
-            clear();
-            for (const T& item : other)
-                push_back(item);
-        }
-        return *this;
-    }
+    SmallVector(const SmallVector&) = delete;
+    SmallVector& operator=(const SmallVector&) = delete;
 
     std::size_t size() const { return count; }
     bool empty() const { return count == 0; }
@@ -72,14 +64,6 @@ public:
             heap.pop_back();
         --count;
         return data() + index;
-    }
-
-    void clear()
-    {
-        for (std::size_t i = 0; i < N; ++i)
-            local[i] = T();
-        heap.clear();
-        count = 0;
     }
 
 private:

@@ -27,7 +27,6 @@ public:
 
     std::string_view view() const { return std::string_view(room ? room : "", length); }
     std::string str() const { return std::string(view()); }
-    bool empty() const { return length == 0; }
 
     // A block for an object of objectSize bytes followed by room bytes; the room starts at
     // roomOf(block, objectSize). Free it with ::operator delete.

@@ -50,7 +50,6 @@ public:
     void platformCall(const char* name);
     void aitCompleted(int version);
     int carouselGetFile(const char* path, void* id);
-    int carouselFile(const std::string& path, void* id);
     int carouselMimeType(void* id, char** mime);
     int carouselRead(void* id, const unsigned char** data, unsigned int* length);
     int carouselClose(void* id);
@@ -83,6 +82,7 @@ private:
     void checkTableAcceptance();
     void completeLoads();
     void feedCarousel();
+    int carouselFile(const std::string& path, void* id);
     void loadPage(const Load& load);
     void loadFromCarousel(const Load& load);
     void reportLoad(DAXO_TesmoWindow* window, int id, int32_t outcome, int16_t status);
