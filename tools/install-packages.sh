@@ -3,7 +3,7 @@
 # through sudo). With --ci, also what the whole CI matrix needs: clang and its sanitizer
 # runtime, the armhf cross compiler and qemu, Google Benchmark and valgrind.
 set -euo pipefail
-packages=(cmake ninja-build g++ pkg-config libgtest-dev libgmock-dev libdvbpsi-dev libpugixml-dev zlib1g-dev tshark)
+packages=(cmake ninja-build g++ pkg-config libglib2.0-dev libgtest-dev libgmock-dev libdvbpsi-dev libpugixml-dev zlib1g-dev tshark)
 if [ "${1:-}" = --ci ]; then
     packages+=(clang libclang-rt-14-dev googletest libbenchmark-dev g++-arm-linux-gnueabihf qemu-user valgrind)
 fi

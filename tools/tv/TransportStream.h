@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_TRANSPORTSTREAM_H
-#define TESMO_HBBTV_SIM_TRANSPORTSTREAM_H
+#ifndef TESMO_TV_TRANSPORTSTREAM_H
+#define TESMO_TV_TRANSPORTSTREAM_H
 
 #include <cstdint>
 #include <functional>

@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_AITDECODER_H
-#define TESMO_HBBTV_SIM_AITDECODER_H
+#ifndef TESMO_TV_AITDECODER_H
+#define TESMO_TV_AITDECODER_H
 
 #include <cstdint>
 #include <string>

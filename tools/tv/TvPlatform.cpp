@@ -1,6 +1,4 @@
-#include "SimulatedTv.h"
-
-#include <fnmatch.h>
+#include "TvPlatform.h"
 
 #include <cinttypes>
 #include <cstdlib>
@@ -8,7 +6,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "UrlResolver.h"
 #include "tesmo_hbbtv/bindings.h"
 #include "tesmo_hbbtv/platform.h"
 
@@ -114,25 +111,29 @@ JsonLine notificationJson(HBBTV_NotificationType type, const HBBTV_NotificationD
 
 } // namespace
 
-SimulatedTv& SimulatedTv::get()
+TvPlatform& TvPlatform::get()
 {
-    static SimulatedTv tv;
-    return tv;
+    static TvPlatform platform;
+    return platform;
 }
 
-void SimulatedTv::configure(const Options& opts, Timeline& timeline)
+void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore& browserCore)
 {
     options = &opts;
     out = &timeline;
-    failPatterns = opts.failPatterns;
-    statusRules = opts.statusRules;
+    core = &browserCore;
+    rules = std::make_unique<LoadRules>(opts);
+    core->attach(timeline, *rules);
 }
 
 // ---------------------------------------------------------------- the run
 
-void SimulatedTv::run(const std::vector<TimedSection>& sections, std::vector<TimedSection> carouselSections,
-                      const ServiceIds& ids, const std::vector<ScriptAction>& script)
+void TvPlatform::start(std::vector<TimedSection> aitSections, std::vector<TimedSection> carouselSections,
+                       const ServiceIds& serviceIds, std::vector<ScriptAction> actions)
 {
+    sections = std::move(aitSections);
+    ids = serviceIds;
+    script = std::move(actions);
     // The carousel arrives while the AIT does, as both repeat in a broadcast.
     carouselFeed.start(std::move(carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
     tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0x7E50));
@@ -140,14 +141,14 @@ void SimulatedTv::run(const std::vector<TimedSection>& sections, std::vector<Tim
     static const int levels[] = {3, 2, 1};
     if (options->verbosity > 0 || !out->isJson())
         tesmo_hbbtv_add_log_output(levels[options->verbosity], out->isJson() ? "/dev/stderr" : nullptr);
-    tesmo_hbbtv_add_notification_listener(&SimulatedTv::listen);
+    tesmo_hbbtv_add_notification_listener(&TvPlatform::listen);
     window = tesmo_hbbtv_create_window();
     tesmo_hbbtv_set_broadcast_window(window);
 
     HBBTV_EventData* identity = newEvent();
     identity->terminal_identity.version = options->hbbtv121 ? 2 : 1;
     identity->terminal_identity.strings[1] = strdup("tesmo");
-    identity->terminal_identity.strings[2] = strdup("hbbtv-sim");
+    identity->terminal_identity.strings[2] = strdup(options->product.c_str());
     postEvent(HBBTV_EVENT_TERMINAL_IDENTITY, identity);
     HBBTV_EventData* profiles = newEvent();
     profiles->platform_profiles.profiles = options->profiles;
@@ -157,26 +158,19 @@ void SimulatedTv::run(const std::vector<TimedSection>& sections, std::vector<Tim
     if (options->timeShift)
         tesmo_hbbtv_set_time_shifted(window, 1);
 
-    uint64_t lastScheduled = std::max(sections.size() * options->sectionInterval, carouselFeed.lastTick());
+    lastScheduled = std::max(sections.size() * options->sectionInterval, carouselFeed.lastTick());
     for (const KeyPress& key : options->keys)
         lastScheduled = std::max(lastScheduled, key.tick);
     for (const ScriptAction& action : script)
         lastScheduled = std::max(lastScheduled, action.tick);
-
-    for (tick = 0; tick < TICK_LIMIT; ++tick) {
-        out->setTick(tick);
-        step(sections, ids, script);
-        if (tick > lastScheduled && tick - lastActivity > options->idleTicks && loads.empty())
-            break;
-    }
-    tesmo_hbbtv_shutdown();
+    tick = 0;
 }
 
-void SimulatedTv::step(const std::vector<TimedSection>& sections, const ServiceIds& ids,
-                       const std::vector<ScriptAction>& script)
+void TvPlatform::step()
 {
+    out->setTick(tick);
     if (tick % options->sectionInterval == 0 && tick / options->sectionInterval < sections.size())
-        postSection(sections[tick / options->sectionInterval], ids);
+        postSection(sections[tick / options->sectionInterval]);
     for (const KeyPress& key : options->keys)
         if (key.tick == tick)
             pressKey(key.name, key.code);
@@ -185,11 +179,26 @@ void SimulatedTv::step(const std::vector<TimedSection>& sections, const ServiceI
             perform(action);
     feedCarousel();
     tesmo_hbbtv_tick();
-    completeLoads();
+    core->afterTick();
     checkTableAcceptance();
+    ++tick;
 }
 
-void SimulatedTv::feedCarousel()
+bool TvPlatform::idle() const
+{
+    if (tick == 0)
+        return false;
+    const uint64_t last = tick - 1;
+    return tick >= TICK_LIMIT ||
+           (last > lastScheduled && last - out->lastActivity() > options->idleTicks && !core->busy());
+}
+
+void TvPlatform::stop()
+{
+    tesmo_hbbtv_shutdown();
+}
+
+void TvPlatform::feedCarousel()
 {
     std::vector<std::string> said;
     std::vector<CarouselFeed::Answer> answers;
@@ -207,7 +216,7 @@ void SimulatedTv::feedCarousel()
     }
 }
 
-void SimulatedTv::postSection(const TimedSection& section, const ServiceIds& ids)
+void TvPlatform::postSection(const TimedSection& section)
 {
     const DecodedAit ait = decodeAit(section.bytes);
     if (ait.readable && shownSections.insert({ait.version, ait.sectionNumber}).second) {
@@ -245,7 +254,7 @@ void SimulatedTv::postSection(const TimedSection& section, const ServiceIds& ids
 
 // Every section of a version has been through the library and it did not complete the
 // table: say so once, since the library itself reports nothing on a refused section.
-void SimulatedTv::checkTableAcceptance()
+void TvPlatform::checkTableAcceptance()
 {
     for (const auto& posted : postedSections) {
         const int version = posted.first;
@@ -253,141 +262,41 @@ void SimulatedTv::checkTableAcceptance()
             continue;
         if (posted.second.size() < size_t(lastSectionOfVersion[version]) + 1)
             continue;
-        if (tick < lastActivity + options->sectionInterval)
+        if (tick < out->lastActivity() + options->sectionInterval)
             continue;
         reportedVersions.insert(version);
         out->say("AIT v" + std::to_string(version) + ": every section was posted, but the library did not complete the table");
     }
 }
 
-void SimulatedTv::postEvent(HBBTV_EventType type, HBBTV_EventData* data)
+void TvPlatform::postEvent(HBBTV_EventType type, HBBTV_EventData* data)
 {
     tesmo_hbbtv_send_event(type, data ? data : newEvent());
 }
 
-// ---------------------------------------------------------------- loads
-
-void SimulatedTv::completeLoads()
-{
-    std::vector<Load> due;
-    for (auto it = loads.begin(); it != loads.end();) {
-        if (it->due <= tick) {
-            due.push_back(*it);
-            it = loads.erase(it);
-        } else {
-            ++it;
-        }
-    }
-    for (const Load& load : due)
-        if (browserWindows.count(load.window))
-            loadPage(load);
-}
-
-void SimulatedTv::reportLoad(DAXO_TesmoWindow* browserWindow, int id, int32_t outcome, int16_t status)
-{
-    DAXO_LoadRecord record{};
-    record.outcome = outcome;
-    record.http_status = status;
-    int result = 0;
-    tesmo_hbbtv_handle_notification(nullptr, browserWindow, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr,
-                                    &result);
-}
-
-void SimulatedTv::loadPage(const Load& load)
-{
-    activity();
-    if (load.url.compare(0, 4, "dvb:") == 0)
-        return loadFromCarousel(load);
-    if (shouldFail(load.url)) {
-        out->say("load failed: " + load.url + " in " + windowName(load.window));
-        return reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
-    }
-    const int status = statusFor(load.url);
-    out->say((status == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(status) + ": ") + load.url + " in " +
-             windowName(load.window));
-    reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status));
-}
-
-// The core asks the library for the resource as a protocol stream, then reports the page
-// by how the stream ended, and drops the stream.
-void SimulatedTv::loadFromCarousel(const Load& load)
-{
-    void* stream = reinterpret_cast<void*>(nextStream++);
-    streams[stream] = StreamState::OPEN;
-    DAXO_ProtocolRecord record{load.url.c_str(), nullptr, stream};
-    int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START,
-                                                         &record, &result);
-    const StreamState state = streams[stream];
-    if (!handled || state == StreamState::OPEN) {
-        out->say("load failed: " + load.url + " (no carousel stream)");
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
-    } else if (state == StreamState::FINISHED) {
-        out->say("loaded from the carousel: " + load.url + " (" + std::to_string(streamBytes[stream]) + " bytes) in " +
-                 windowName(load.window));
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 200);
-    } else {
-        out->say("carousel 404: " + load.url);
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 404);
-    }
-    tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &record, &result);
-    streams.erase(stream);
-    streamBytes.erase(stream);
-}
-
-bool SimulatedTv::shouldFail(const std::string& url)
-{
-    if (failNextLoad) {
-        failNextLoad = false;
-        return true;
-    }
-    for (const std::string& pattern : failPatterns)
-        if (fnmatch(pattern.c_str(), url.c_str(), 0) == 0)
-            return true;
-    return false;
-}
-
-int SimulatedTv::statusFor(const std::string& url) const
-{
-    for (const StatusRule& rule : statusRules)
-        if (fnmatch(rule.pattern.c_str(), url.c_str(), 0) == 0)
-            return rule.code;
-    return 200;
-}
-
 // ---------------------------------------------------------------- keys and the script
 
-DAXO_TesmoWindow* SimulatedTv::activeWindow() const
+void* TvPlatform::runningApplicationId()
 {
-    return browserWindows.count(lastOpened) ? lastOpened : nullptr;
-}
-
-std::string SimulatedTv::windowName(const DAXO_TesmoWindow* browserWindow) const
-{
-    auto found = browserWindows.find(const_cast<DAXO_TesmoWindow*>(browserWindow));
-    return found == browserWindows.end() ? "an unknown window" : "browser window #" + std::to_string(found->second.number);
-}
-
-void* SimulatedTv::runningApplicationId()
-{
-    DAXO_TesmoWindow* active = activeWindow();
+    DAXO_TesmoWindow* active = core->activeWindow();
     void* id = nullptr;
     if (active)
-        native_AppManGetApplicationId(browserWindows[active].number, &id);
+        native_AppManGetApplicationId(core->handleOf(active), &id);
     return id;
 }
 
-void SimulatedTv::pressKey(const std::string& name, int32_t code)
+bool TvPlatform::pressKey(const std::string& name, int32_t code)
 {
-    DAXO_TesmoWindow* active = activeWindow();
+    DAXO_TesmoWindow* active = core->activeWindow();
     const bool delivered = active && tesmo_hbbtv_key_input(active, 0, code, 0);
     out->say("key " + name + (delivered ? " delivered to the application" : " refused: not in the application's key set"));
-    activity();
+    out->noteActivity();
+    return delivered;
 }
 
-void SimulatedTv::perform(const ScriptAction& action)
+void TvPlatform::perform(const ScriptAction& action)
 {
-    activity();
+    out->noteActivity();
     const std::string& verb = action.verb;
     if (verb == "key") {
         int32_t code = 0;
@@ -396,13 +305,13 @@ void SimulatedTv::perform(const ScriptAction& action)
         else
             out->say("script line " + std::to_string(action.line) + ": unknown key " + action.argument);
     } else if (verb == "fail") {
-        failPatterns.push_back(action.argument);
+        rules->failFrom(action.argument);
         out->say("from now on, loads of " + action.argument + " fail");
     } else if (verb == "load-fail") {
-        failNextLoad = true;
+        rules->failNextLoad();
     } else if (verb == "status") {
         const size_t equals = action.argument.rfind('=');
-        statusRules.insert(statusRules.begin(), {action.argument.substr(0, equals), std::atoi(action.argument.c_str() + equals + 1)});
+        rules->answer(action.argument.substr(0, equals), std::atoi(action.argument.c_str() + equals + 1));
     } else if (verb == "service-change") {
         out->say("service change: the AIT is withdrawn");
         postEvent(HBBTV_EVENT_AIT_WITHDRAWN);
@@ -433,7 +342,7 @@ void SimulatedTv::perform(const ScriptAction& action)
 }
 
 // Actions of the running application's page, through the script bindings.
-void SimulatedTv::performBinding(const ScriptAction& action)
+void TvPlatform::performBinding(const ScriptAction& action)
 {
     const std::string& verb = action.verb;
     void* id = runningApplicationId();
@@ -459,107 +368,29 @@ void SimulatedTv::performBinding(const ScriptAction& action)
             return;
         }
         int result = 99;
-        const bool handled = tesmo_hbbtv_handle_notification(nullptr, activeWindow(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
+        const bool handled = tesmo_hbbtv_handle_notification(nullptr, core->activeWindow(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
         out->say("the page delivers the XML AIT " + action.argument + ": " +
                  (handled ? "result " + std::to_string(result) : std::string("not for the library")));
         xmlAits.push_back(std::move(ait));
     }
 }
 
-// ---------------------------------------------------------------- the browser core
-
-int SimulatedTv::openUrl(DAXO_TesmoWindow* browserWindow, const char* url)
-{
-    activity();
-    const std::string text = url ? url : "";
-    out->record(JsonLine().field("call", "tm_open_url").pointer("window", browserWindow).field("url", url));
-    out->say("open " + text + " in " + windowName(browserWindow));
-    if (browserWindows.count(browserWindow)) {
-        browserWindows[browserWindow].url = text;
-        lastOpened = browserWindow;
-    }
-    loads.push_back({browserWindow, text, tick + 1});
-    return 0;
-}
-
-void SimulatedTv::clearHistory(DAXO_TesmoWindow* browserWindow)
-{
-    out->record(JsonLine().field("call", "tm_clear_history").pointer("window", browserWindow));
-}
-
-int SimulatedTv::loadingUrl(DAXO_TesmoWindow* browserWindow, const char** url, int flags)
-{
-    out->record(JsonLine().field("call", "tm_get_loading_url").pointer("window", browserWindow).field("flags", flags));
-    auto found = browserWindows.find(browserWindow);
-    if (found == browserWindows.end())
-        return -1;
-    *url = found->second.url.c_str();
-    return 0;
-}
-
-int SimulatedTv::windowOfHandle(long handle, DAXO_TesmoWindow** browserWindow)
-{
-    out->record(JsonLine().field("call", "tm_get_window").field("handle", handle));
-    *browserWindow = nullptr;
-    for (auto& entry : browserWindows)
-        if (entry.second.number == handle)
-            *browserWindow = entry.first;
-    return *browserWindow ? 0 : -1;
-}
-
-int SimulatedTv::resolveRelative(const char* base, const char* relative, char** result)
-{
-    resolved = resolveUrl(base ? base : "", relative ? relative : "");
-    out->record(JsonLine().field("call", "tm_resolve_relative_url").field("base", base).field("relative", relative).field("result", resolved));
-    *result = &resolved[0];
-    return 0;
-}
-
-void SimulatedTv::protocolMimeType(void* stream, const char* mime)
-{
-    out->record(JsonLine().field("call", "tm_protocol_set_mime_type").pointer("stream", stream).field("mime_type", mime));
-}
-
-void SimulatedTv::protocolWrite(void* stream, unsigned int length)
-{
-    out->record(JsonLine().field("call", "tm_protocol_write").pointer("stream", stream).field("length", length));
-    streamBytes[stream] += length;
-}
-
-void SimulatedTv::protocolEnd(void* stream, int status, bool finished)
-{
-    out->record(JsonLine().field("call", finished ? "tm_protocol_finished" : "tm_protocol_failed").pointer("stream", stream).field("status", status));
-    if (streams.count(stream))
-        streams[stream] = finished ? StreamState::FINISHED : StreamState::FAILED;
-}
-
-void SimulatedTv::userAgent(const char* text)
-{
-    out->record(JsonLine().field("call", "tm_set_uastring_extension").field("text", text));
-    out->say(std::string("user-agent extension: ") + (text ? text : ""));
-}
-
-void SimulatedTv::keyboard(int action, DAXO_KEY_SYM key, uint8_t modifiers)
-{
-    out->record(JsonLine().field("call", "daxo_keyboard_evt").field("action", action).field("key", key).field("modifiers", modifiers));
-}
-
 // ---------------------------------------------------------------- the platform
 
-void SimulatedTv::platformCall(const char* name)
+void TvPlatform::platformCall(const char* name)
 {
     out->record(JsonLine().field("call", name));
 }
 
-void SimulatedTv::aitCompleted(int version)
+void TvPlatform::aitCompleted(int version)
 {
-    activity();
+    out->noteActivity();
     completedVersions.insert(version);
     out->record(JsonLine().field("call", "hbbtv_ait_completed").field("version_number", version));
     out->say("AIT v" + std::to_string(version) + " complete: the library takes it");
 }
 
-int SimulatedTv::carouselGetFile(const char* path, void* id)
+int TvPlatform::carouselGetFile(const char* path, void* id)
 {
     const std::string text = path ? path : "";
     out->record(JsonLine().field("call", "dsmcc_get_file").field("path", path).pointer("id", id));
@@ -580,7 +411,7 @@ int SimulatedTv::carouselGetFile(const char* path, void* id)
 }
 
 // From the service's own carousel: pending while the file's module is on its way.
-int SimulatedTv::carouselFile(const std::string& path, void* id)
+int TvPlatform::carouselFile(const std::string& path, void* id)
 {
     std::string content;
     switch (carouselFeed.get(path, id, content)) {
@@ -597,7 +428,7 @@ int SimulatedTv::carouselFile(const std::string& path, void* id)
     return DSMCC_FILE_ERROR_CODE;
 }
 
-int SimulatedTv::carouselMimeType(void* id, char** mime)
+int TvPlatform::carouselMimeType(void* id, char** mime)
 {
     out->record(JsonLine().field("call", "dsmcc_get_mime_type").pointer("id", id));
     auto found = files.find(id);
@@ -607,7 +438,7 @@ int SimulatedTv::carouselMimeType(void* id, char** mime)
     return DSMCC_OK;
 }
 
-int SimulatedTv::carouselRead(void* id, const unsigned char** data, unsigned int* length)
+int TvPlatform::carouselRead(void* id, const unsigned char** data, unsigned int* length)
 {
     out->record(JsonLine().field("call", "dsmcc_read").pointer("id", id));
     auto found = files.find(id);
@@ -621,7 +452,7 @@ int SimulatedTv::carouselRead(void* id, const unsigned char** data, unsigned int
     return DSMCC_OK;
 }
 
-int SimulatedTv::carouselClose(void* id)
+int TvPlatform::carouselClose(void* id)
 {
     out->record(JsonLine().field("call", "dsmcc_close_file").pointer("id", id));
     files.erase(id);
@@ -630,7 +461,7 @@ int SimulatedTv::carouselClose(void* id)
 }
 
 // One carousel per dvb:// host.
-int SimulatedTv::sameCarousel(const char* url, const char* other, int* same)
+int TvPlatform::sameCarousel(const char* url, const char* other, int* same)
 {
     out->record(JsonLine().field("call", "dsmcc_same_carousel").field("url", url).field("other_url", other));
     auto host = [](const std::string& text) {
@@ -641,7 +472,7 @@ int SimulatedTv::sameCarousel(const char* url, const char* other, int* same)
     return DSMCC_OK;
 }
 
-void SimulatedTv::streamEventCall(JsonLine line, const std::string& text)
+void TvPlatform::streamEventCall(JsonLine line, const std::string& text)
 {
     out->record(std::move(line));
     out->say(text);
@@ -649,19 +480,17 @@ void SimulatedTv::streamEventCall(JsonLine line, const std::string& text)
 
 // ---------------------------------------------------------------- notifications
 
-HBBTV_STATUS SimulatedTv::listen(HBBTV_NotificationType type, HBBTV_NotificationData* data)
+HBBTV_STATUS TvPlatform::listen(HBBTV_NotificationType type, HBBTV_NotificationData* data)
 {
     get().onNotification(type, data);
     return HBBTV_STATUS_OK;
 }
 
-void SimulatedTv::onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data)
+void TvPlatform::onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data)
 {
-    activity();
+    out->noteActivity();
     if (type == HBBTV_NOTIFICATION_REQUEST_WINDOW && data) {
-        auto* granted = reinterpret_cast<DAXO_TesmoWindow*>(uintptr_t(0x10000) * uintptr_t(++windowsGranted));
-        browserWindows[granted] = {windowsGranted, ""};
-        *data->request_window.window_slot = granted;
+        *data->request_window.window_slot = core->grantWindow();
         data->request_window.granted = 1;
     }
     if (type == HBBTV_NOTIFICATION_RELEASE_WINDOW && data)
@@ -681,19 +510,22 @@ void SimulatedTv::onNotification(HBBTV_NotificationType type, HBBTV_Notification
     case HBBTV_NOTIFICATION_AIT_UPDATE:
         return describeAitUpdate(data->ait);
     case HBBTV_NOTIFICATION_REQUEST_WINDOW:
-        return out->say(windowName(*data->request_window.window_slot) + " granted");
+        return out->say(core->windowName(*data->request_window.window_slot) + " granted");
     case HBBTV_NOTIFICATION_RELEASE_WINDOW: {
         DAXO_TesmoWindow* released = *data->release_window.window_slot;
-        out->say(windowName(released) + " released");
-        browserWindows.erase(released);
+        out->say(core->windowName(released) + " released");
+        core->releaseWindow(released);
         return;
     }
     case HBBTV_NOTIFICATION_SHOW_WINDOW:
-    case HBBTV_NOTIFICATION_HIDE_WINDOW:
-        return out->say(windowName(*data->visibility.window_slot) +
-                        (type == HBBTV_NOTIFICATION_SHOW_WINDOW ? " shown" : " hidden"));
+    case HBBTV_NOTIFICATION_HIDE_WINDOW: {
+        DAXO_TesmoWindow* changed = *data->visibility.window_slot;
+        out->say(core->windowName(changed) + (type == HBBTV_NOTIFICATION_SHOW_WINDOW ? " shown" : " hidden"));
+        core->setVisible(changed, type == HBBTV_NOTIFICATION_SHOW_WINDOW);
+        return;
+    }
     case HBBTV_NOTIFICATION_KEYSET_CHANGED:
-        return out->say("key set of " + windowName(data->keyset_changed.daxo_window) + " now " +
+        return out->say("key set of " + core->windowName(data->keyset_changed.daxo_window) + " now " +
                         hex((unsigned)data->keyset_changed.keyset, 3));
     case HBBTV_NOTIFICATION_XHR:
         return out->say(std::string("script request for ") + data->xhr.target_url);
@@ -702,7 +534,7 @@ void SimulatedTv::onNotification(HBBTV_NotificationType type, HBBTV_Notification
     }
 }
 
-void SimulatedTv::describeApplicationNotification(HBBTV_NotificationType type, const HBBTV_ApplicationNotificationData& app)
+void TvPlatform::describeApplicationNotification(HBBTV_NotificationType type, const HBBTV_ApplicationNotificationData& app)
 {
     const std::string who = app.organisation_id || app.application_id
                                 ? applicationName(app.organisation_id, app.application_id)
@@ -726,7 +558,7 @@ void SimulatedTv::describeApplicationNotification(HBBTV_NotificationType type, c
     }
 }
 
-void SimulatedTv::describeAitUpdate(const HBBTV_AITNotificationData& update)
+void TvPlatform::describeAitUpdate(const HBBTV_AITNotificationData& update)
 {
     out->say(std::string(update.is_xml_ait ? "XML " : "") + "AIT handed to the platform: " +
              std::to_string(update.num_applications) + " application(s)" + (update.was_corrected ? ", corrected" : ""));

@@ -16,12 +16,33 @@ bool parseNumber(const std::string& text, unsigned long long max, unsigned long 
 
 } // namespace
 
-std::string usage()
+std::string commonUsage();
+
+std::string usage(const Options& options)
 {
+    if (options.isBrowser())
+        return "usage: hbbtv-browser [options] [CAPTURE.ts]\n"
+               "Plays a broadcast capture through libtesmo_hbbtv with WebKit as the browser core:\n"
+               "the HbbTV applications run, draw and take keys (r g y b or F1-F4, arrows, Return,\n"
+               "BackSpace, 0-9, p). Without a capture, plays the bundled sample.\n"
+               "\n"
+               "  --start-url URL         no capture: start a broadcast-independent application\n"
+               "  --screenshot FILE@TICK  write a PNG of the screen once the tick has come and\n"
+               "                          the pages have loaded; repeatable\n"
+               "  --eval SCRIPT@TICK      print what SCRIPT gives in the active page; repeatable\n"
+               "  --exit-after TICK       quit after that tick (default: when the window closes)\n"
+               "  --tick-ms N             milliseconds between ticks (default 20)\n"
+               "\n"
+               "and, as hbbtv-sim takes them:\n" + commonUsage();
     return "usage: hbbtv-sim [options] [CAPTURE.ts]\n"
            "Plays a broadcast capture through libtesmo_hbbtv and shows what the TV would do.\n"
            "Without a capture, plays the bundled sample with its scenario.\n"
-           "\n"
+           "\n" + commonUsage();
+}
+
+std::string commonUsage()
+{
+    return
            "  --service ID            the service to play (default: the first with an HbbTV AIT)\n"
            "  --profiles MASK         platform profiles the terminal supports (default 0)\n"
            "  --hbbtv-version V       1.1.1 or 1.2.1 (default 1.1.1)\n"
@@ -83,6 +104,8 @@ private:
     bool option(const std::string& arg, bool& wantHelp);
     bool value(const std::string& arg, std::string& out);
     bool number(const std::string& arg, unsigned long long max, unsigned long long& out, const char* what);
+    bool browserOption(const std::string& arg);
+    bool timed(const std::string& arg, std::vector<TimedText>& list);
     bool refuse(const std::string& message)
     {
         problem = message;
@@ -112,8 +135,47 @@ bool OptionReader::number(const std::string& arg, unsigned long long max, unsign
     return parseNumber(text, max, out) || refuse(arg + " takes " + what);
 }
 
+// TEXT@TICK; the text may hold '@' itself.
+bool OptionReader::timed(const std::string& arg, std::vector<TimedText>& list)
+{
+    std::string text;
+    unsigned long long n = 0;
+    if (!value(arg, text))
+        return false;
+    const size_t at = text.rfind('@');
+    if (at == std::string::npos || at == 0 || !parseNumber(text.substr(at + 1), 1u << 30, n))
+        return refuse(arg + " takes TEXT@TICK, for example shot.png@100");
+    list.push_back({text.substr(0, at), n});
+    return true;
+}
+
+bool OptionReader::browserOption(const std::string& arg)
+{
+    unsigned long long n = 0;
+    if (arg == "--start-url")
+        return value(arg, options.startUrl);
+    if (arg == "--screenshot")
+        return timed(arg, options.screenshots);
+    if (arg == "--eval")
+        return timed(arg, options.evaluations);
+    if (arg == "--exit-after") {
+        if (!number(arg, 1u << 30, n, "a tick"))
+            return false;
+        options.exitAfter = n;
+        return true;
+    }
+    if (!number(arg, 10000, n, "milliseconds from 1 to 10000") || n == 0)
+        return refuse(arg + " takes milliseconds from 1 to 10000");
+    options.tickMs = n;
+    return true;
+}
+
 bool OptionReader::option(const std::string& arg, bool& wantHelp)
 {
+    static const char* const browserOptions[] = {"--start-url", "--screenshot", "--eval", "--exit-after", "--tick-ms"};
+    for (const char* name : browserOptions)
+        if (arg == name)
+            return options.isBrowser() ? browserOption(arg) : refuse(arg + " is an option of hbbtv-browser");
     std::string text;
     unsigned long long n = 0;
     if (arg == "-h" || arg == "--help") {

@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_CAROUSELFEED_H
-#define TESMO_HBBTV_SIM_CAROUSELFEED_H
+#ifndef TESMO_TV_CAROUSELFEED_H
+#define TESMO_TV_CAROUSELFEED_H
 
 #include <cstdint>
 #include <map>

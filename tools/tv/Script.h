@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_SCRIPT_H
-#define TESMO_HBBTV_SIM_SCRIPT_H
+#ifndef TESMO_TV_SCRIPT_H
+#define TESMO_TV_SCRIPT_H
 
 #include <cstdint>
 #include <string>

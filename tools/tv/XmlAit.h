@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_XMLAIT_H
-#define TESMO_HBBTV_SIM_XMLAIT_H
+#ifndef TESMO_TV_XMLAIT_H
+#define TESMO_TV_XMLAIT_H
 
 #include <deque>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_SERVICESCANNER_H
-#define TESMO_HBBTV_SIM_SERVICESCANNER_H
+#ifndef TESMO_TV_SERVICESCANNER_H
+#define TESMO_TV_SERVICESCANNER_H
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_OPTIONS_H
-#define TESMO_HBBTV_SIM_OPTIONS_H
+#ifndef TESMO_TV_OPTIONS_H
+#define TESMO_TV_OPTIONS_H
 
 #include <cstdint>
 #include <optional>
@@ -17,7 +17,14 @@ struct StatusRule {
     int code;
 };
 
+struct TimedText {
+    std::string text;
+    uint64_t tick;
+};
+
 struct Options {
+    // The program: hbbtv-sim, or hbbtv-browser (which takes the options of a real browser core).
+    std::string product = "hbbtv-sim";
     std::string capture;  // empty: the bundled sample
     std::optional<uint16_t> service;
     uint16_t profiles = 0;
@@ -37,11 +44,20 @@ struct Options {
     bool json = false;
     int verbosity = 0;
     bool dumpAit = false;
+
+    // hbbtv-browser only
+    std::string startUrl;              // a broadcast-independent application started at tick 0
+    std::vector<TimedText> screenshots;  // PNG files of the screen
+    std::vector<TimedText> evaluations;  // JavaScript evaluated in the active page
+    uint64_t exitAfter = 0;             // 0: runs until its window is closed
+    uint64_t tickMs = 20;
+
+    bool isBrowser() const { return product == "hbbtv-browser"; }
 };
 
 // False with a message on a bad option; help sets wantHelp.
 bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp);
-std::string usage();
+std::string usage(const Options& options);
 
 // A key by name (RED, GREEN, 0-9, A-Z, UP, ENTER, ...) or number; false when unknown.
 bool keyCode(const std::string& name, int32_t& code);

@@ -1,5 +1,5 @@
-#ifndef TESMO_HBBTV_SIM_DVBTEXT_H
-#define TESMO_HBBTV_SIM_DVBTEXT_H
+#ifndef TESMO_TV_DVBTEXT_H
+#define TESMO_TV_DVBTEXT_H
 
 #include <string>
 

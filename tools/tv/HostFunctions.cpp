@@ -1,34 +1,40 @@
-// The functions the library resolves from its host: here they all reach the simulated TV.
+// The functions the library resolves from its host: the platform's reach the TV platform,
+// the browser core's reach whichever core the program runs.
 
-#include "SimulatedTv.h"
+#include "TvPlatform.h"
 #include "tesmo_hbbtv/browser_core.h"
 #include "tesmo_hbbtv/platform.h"
 
 namespace {
 
-SimulatedTv& tv()
+TvPlatform& tv()
 {
-    return SimulatedTv::get();
+    return TvPlatform::get();
+}
+
+BrowserCore& core()
+{
+    return TvPlatform::get().browserCore();
 }
 
 } // namespace
 
 extern "C" {
 
-int tm_open_url(DAXO_TesmoWindow* window, const char* url) { return tv().openUrl(window, url); }
-void tm_clear_history(DAXO_TesmoWindow* window) { tv().clearHistory(window); }
-int tm_get_loading_url(DAXO_TesmoWindow* window, const char** url, int flags) { return tv().loadingUrl(window, url, flags); }
-int tm_get_window(DAXO_Tesmo*, long handle, DAXO_TesmoWindow** window) { return tv().windowOfHandle(handle, window); }
+int tm_open_url(DAXO_TesmoWindow* window, const char* url) { return core().openUrl(window, url); }
+void tm_clear_history(DAXO_TesmoWindow* window) { core().clearHistory(window); }
+int tm_get_loading_url(DAXO_TesmoWindow* window, const char** url, int flags) { return core().loadingUrl(window, url, flags); }
+int tm_get_window(DAXO_Tesmo*, long handle, DAXO_TesmoWindow** window) { return core().windowOfHandle(handle, window); }
 int tm_resolve_relative_url(const char* base, const char* relative, char** result)
 {
-    return tv().resolveRelative(base, relative, result);
+    return core().resolveRelative(base, relative, result);
 }
-void tm_protocol_set_mime_type(void* stream, const char* mime_type) { tv().protocolMimeType(stream, mime_type); }
-void tm_protocol_write(void* stream, const unsigned char*, unsigned int length) { tv().protocolWrite(stream, length); }
-void tm_protocol_finished(void* stream, int status) { tv().protocolEnd(stream, status, true); }
-void tm_protocol_failed(void* stream, int status) { tv().protocolEnd(stream, status, false); }
-void tm_set_uastring_extension(DAXO_Tesmo*, const char* text) { tv().userAgent(text); }
-void daxo_keyboard_evt(int action, DAXO_KEY_SYM key, uint8_t modifiers) { tv().keyboard(action, key, modifiers); }
+void tm_protocol_set_mime_type(void* stream, const char* mime_type) { core().protocolMimeType(stream, mime_type); }
+void tm_protocol_write(void* stream, const unsigned char* data, unsigned int length) { core().protocolWrite(stream, data, length); }
+void tm_protocol_finished(void* stream, int status) { core().protocolEnd(stream, status, true); }
+void tm_protocol_failed(void* stream, int status) { core().protocolEnd(stream, status, false); }
+void tm_set_uastring_extension(DAXO_Tesmo*, const char* text) { core().userAgent(text); }
+void daxo_keyboard_evt(int action, DAXO_KEY_SYM key, uint8_t modifiers) { core().keyboard(action, key, modifiers); }
 
 void hbbtv_ait_start(void) { tv().platformCall("hbbtv_ait_start"); }
 void hbbtv_ait_stop(void) { tv().platformCall("hbbtv_ait_stop"); }

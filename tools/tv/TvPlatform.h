@@ -1,0 +1,107 @@
+#ifndef TESMO_TV_TVPLATFORM_H
+#define TESMO_TV_TVPLATFORM_H
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "AitDecoder.h"
+#include "BrowserCore.h"
+#include "CarouselFeed.h"
+#include "LoadRules.h"
+#include "Options.h"
+#include "Script.h"
+#include "Timeline.h"
+#include "TransportStream.h"
+#include "XmlAit.h"
+#include "tesmo_hbbtv/tesmo_hbbtv.h"
+
+// The TV platform around the library: it posts the service's AIT sections, answers the
+// library's notifications (granting the browser core's windows), serves dvb: files from the
+// object carousel (or a directory), presses keys, runs the script, and tells what happens.
+// One tick at a time, driven by the host's loop.
+class TvPlatform {
+public:
+    struct ServiceIds {
+        uint16_t originalNetworkId, transportStreamId, serviceId;
+    };
+
+    static TvPlatform& get();
+
+    void configure(const Options& options, Timeline& timeline, BrowserCore& core);
+    BrowserCore& browserCore() { return *core; }
+
+    // Starts the library and tells it what the platform knows from the start. The
+    // carousel's sections (if any) arrive while the AIT's do.
+    void start(std::vector<TimedSection> sections, std::vector<TimedSection> carouselSections, const ServiceIds& ids,
+               std::vector<ScriptAction> script);
+    // One tick: what is due, then tesmo_hbbtv_tick.
+    void step();
+    // Everything scheduled is done and nothing has happened for a while.
+    bool idle() const;
+    uint64_t currentTick() const { return tick; }
+    void stop();
+
+    // A key from the viewer for the running application; false when it stays with the TV.
+    bool pressKey(const std::string& name, int32_t code);
+
+    // ---- the library's calls
+    void platformCall(const char* name);
+    void aitCompleted(int version);
+    int carouselGetFile(const char* path, void* id);
+    int carouselMimeType(void* id, char** mime);
+    int carouselRead(void* id, const unsigned char** data, unsigned int* length);
+    int carouselClose(void* id);
+    int sameCarousel(const char* url, const char* other, int* same);
+    void streamEventCall(JsonLine line, const std::string& text);
+
+    static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
+
+private:
+    struct OpenFile {
+        std::string bytes;
+        size_t offset = 0;
+        std::string mime;
+    };
+
+    TvPlatform() = default;
+
+    void postSection(const TimedSection& section);
+    void checkTableAcceptance();
+    void feedCarousel();
+    int carouselFile(const std::string& path, void* id);
+    void perform(const ScriptAction& action);
+    void performBinding(const ScriptAction& action);
+    void postEvent(HBBTV_EventType type, HBBTV_EventData* data = nullptr);
+    void onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data);
+    void describeApplicationNotification(HBBTV_NotificationType type, const HBBTV_ApplicationNotificationData& app);
+    void describeAitUpdate(const HBBTV_AITNotificationData& update);
+    void* runningApplicationId();
+
+    const Options* options = nullptr;
+    Timeline* out = nullptr;
+    BrowserCore* core = nullptr;
+    std::unique_ptr<LoadRules> rules;
+    uint64_t tick = 0;
+    uint64_t lastScheduled = 0;
+    HBBTV_Window* window = nullptr;
+
+    std::vector<TimedSection> sections;
+    ServiceIds ids{};
+    std::vector<ScriptAction> script;
+    std::map<void*, OpenFile> files;
+    CarouselFeed carouselFeed;
+
+    // Sections posted and tables completed, per version, to tell a refused table.
+    std::map<int, std::set<int>> postedSections;
+    std::map<int, int> lastSectionOfVersion;
+    std::set<int> completedVersions;
+    std::set<int> reportedVersions;
+    std::set<std::pair<int, int>> shownSections;
+    std::vector<std::unique_ptr<XmlAit>> xmlAits;  // the core keeps what it handed over
+};
+
+#endif
