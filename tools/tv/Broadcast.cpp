@@ -267,6 +267,7 @@ int Broadcast::prepare(Options& options)
     if (options.carouselDir.empty() && carouselPid(service, carouselTags(aitSections), options, ocPid))
         carouselSections = stream.sectionsOnPid(ocPid);
     ids = {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId};
+    serviceName = service->name;
     return PLAY;
 }
 

@@ -1,6 +1,7 @@
 #ifndef TESMO_TV_BROADCAST_H
 #define TESMO_TV_BROADCAST_H
 
+#include <string>
 #include <vector>
 
 #include "Options.h"
@@ -22,6 +23,7 @@ public:
     std::vector<TimedSection> aitSections;
     std::vector<TimedSection> carouselSections;
     TvPlatform::ServiceIds ids{};
+    std::string serviceName;
     std::vector<ScriptAction> script;
 
 private:

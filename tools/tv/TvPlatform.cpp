@@ -289,7 +289,7 @@ bool TvPlatform::pressKey(const std::string& name, int32_t code)
 {
     DAXO_TesmoWindow* active = core->activeWindow();
     const bool delivered = active && tesmo_hbbtv_key_input(active, 0, code, 0);
-    out->say("key " + name + (delivered ? " delivered to the application" : " refused: not in the application's key set"));
+    out->say("key " + name + (delivered ? " delivered to the application" : " stays with the TV: not in the application's key set"));
     out->noteActivity();
     return delivered;
 }

@@ -1,0 +1,50 @@
+#ifndef TESMO_BROWSER_TVSCREEN_H
+#define TESMO_BROWSER_TVSCREEN_H
+
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+// The TV's screen: a 1280x720 window with a stand-in for the broadcast picture (the
+// service's name on a dark frame) and the browser views stacked over it, transparent where
+// the page is. Keys pressed on it go to the handler, never straight to a page.
+class TvScreen {
+public:
+    static const int WIDTH = 1280;
+    static const int HEIGHT = 720;
+
+    using KeyHandler = std::function<void(guint keyval)>;
+
+    TvScreen(const std::string& title, const std::string& serviceName, KeyHandler onKey);
+    ~TvScreen();
+    TvScreen(const TvScreen&) = delete;
+    TvScreen& operator=(const TvScreen&) = delete;
+
+    void add(GtkWidget* view);
+    void remove(GtkWidget* view);
+    void setVisible(GtkWidget* view, bool visible);
+    void onClosed(std::function<void()> handler) { closed = std::move(handler); }
+
+    // A PNG of the screen: the broadcast, then every visible view from bottom to top.
+    void capture(const std::string& file, std::function<void(bool written)> done);
+
+private:
+    struct Capture;
+
+    static gboolean draw(GtkWidget*, cairo_t* cr, gpointer self);
+    static gboolean keyPressed(GtkWidget*, GdkEventKey* event, gpointer self);
+    static void snapshotTaken(GObject* view, GAsyncResult* result, gpointer capture);
+    void paintBroadcast(cairo_t* cr) const;
+    static void finish(Capture* capture);
+
+    std::string serviceName;
+    KeyHandler key;
+    std::function<void()> closed;
+    GtkWidget* window;
+    GtkWidget* overlay;
+    std::vector<GtkWidget*> views;  // bottom to top
+};
+
+#endif

@@ -1,0 +1,557 @@
+#include "WebKitCore.h"
+
+#include <fcntl.h>
+#include <gio/gunixinputstream.h>
+#include <glib-unix.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <set>
+
+#include "tesmo_hbbtv/tesmo_hbbtv.h"
+
+namespace {
+
+const char* const XML_AIT_TYPE = "application/vnd.dvb.ait+xml";
+
+// HbbTV's own name for XHTML is one WebKit does not render.
+std::string engineType(const std::string& mime)
+{
+    if (mime.empty())
+        return "application/octet-stream";
+    return mime == "application/vnd.hbbtv.xhtml+xml" ? "application/xhtml+xml" : mime;
+}
+const int32_t CONNECTION_FAILED = 3;
+
+// The receiver's key symbols as the page sees them, as DOM keyCodes.
+int domKeyCode(DAXO_KEY_SYM key)
+{
+    static const std::map<DAXO_KEY_SYM, int> codes = {
+        {403, 403},   {404, 404},   {502, 405},   {406, 406},   {57385, 38},  {57386, 40},  {57387, 37},
+        {57388, 39},  {461, 13},    {57399, 461}, {412, 412},   {413, 413},   {19, 19},     {415, 415},
+        {463, 402},   {473, 417},   {57383, 33},  {57384, 34},  {457, 457}};
+    auto found = codes.find(key);
+    return found == codes.end() ? int(key) : found->second;
+}
+
+// Names a page may ask about without the timeline hearing of it.
+bool isQuestion(const std::string& name)
+{
+    static const std::set<std::string> questions = {"getOwnerApplication", "keysetValue", "keysetMaximum",
+                                                    "getFreeMem", "currentChannel"};
+    return questions.count(name) != 0;
+}
+
+} // namespace
+
+// A browser window's view.
+struct WebKitCore::View {
+    DAXO_TesmoWindow* window;
+    WebKitWebView* webView;
+    bool failed = false;  // this load was reported as failed; its end says nothing more
+    bool silent = false;  // this load became an XML AIT: not a page
+};
+
+// A dvb: request and the library's protocol stream for it. The response body goes through
+// a pipe, written as the library writes, without blocking the main thread.
+struct WebKitCore::Stream {
+    WebKitURISchemeRequest* request;
+    DAXO_TesmoWindow* window;
+    std::string url;
+    std::string mime;
+    bool responded = false;
+    bool ended = false;    // the library finished or failed it
+    bool stopped = false;  // the core told the library it dropped it
+    int pipeIn = -1;
+    std::string pending;
+    guint watch = 0;
+};
+
+WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& apiScript)
+    : screen(tvScreen), clockStart(std::chrono::steady_clock::now())
+{
+    channel = std::make_unique<ScriptChannel>([this](guint64 page, const PageBindings::Call& call) {
+        return pageCall(page, call);
+    });
+    context = webkit_web_context_new();
+    webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
+    webkit_web_context_set_web_extensions_initialization_user_data(
+        context, g_variant_new("(ss)", channel->address().c_str(), apiScript.c_str()));
+    webkit_web_context_register_uri_scheme(context, "dvb", dvbRequest, this, nullptr);
+    webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context), "dvb");
+    g_signal_connect(context, "download-started", G_CALLBACK(downloadStarted), this);
+}
+
+WebKitCore::~WebKitCore()
+{
+    while (!views.empty())
+        windowDestroyed(views.begin()->first);
+    for (auto& entry : streams)
+        if (entry.second->pipeIn >= 0)
+            close(entry.second->pipeIn);
+    g_signal_handlers_disconnect_by_data(context, this);
+    g_object_unref(context);
+}
+
+WebKitCore::View* WebKitCore::viewOf(WebKitWebView* webView)
+{
+    for (auto& entry : views)
+        if (entry.second->webView == webView)
+            return entry.second.get();
+    return nullptr;
+}
+
+// ---------------------------------------------------------------- windows
+
+void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
+{
+    auto* webView = WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(context));
+    const GdkRGBA transparent = {0, 0, 0, 0};
+    webkit_web_view_set_background_color(webView, &transparent);
+    WebKitSettings* settings = webkit_web_view_get_settings(webView);
+    webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
+    if (!userAgentExtension.empty())
+        webkit_settings_set_user_agent(settings,
+                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + userAgentExtension).c_str());
+    g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
+    g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
+    g_signal_connect(webView, "close", G_CALLBACK(closeRequested), this);
+    g_signal_connect(webView, "decide-policy", G_CALLBACK(decidePolicy), this);
+    screen.add(GTK_WIDGET(webView));
+    gtk_widget_set_visible(GTK_WIDGET(webView), FALSE);
+    views[window] = std::unique_ptr<View>(new View{window, webView});
+}
+
+void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
+{
+    auto found = views.find(window);
+    if (found == views.end())
+        return;
+    WebKitWebView* webView = found->second->webView;
+    g_signal_handlers_disconnect_by_data(webView, this);
+    webkit_web_view_stop_loading(webView);
+    screen.remove(GTK_WIDGET(webView));
+    views.erase(found);
+    // Its streams are dropped: the library hears of it at the next tick.
+    for (auto& entry : streams)
+        if (entry.second->window == window && !entry.second->ended) {
+            entry.second->ended = true;
+            if (!entry.second->responded)
+                respond(*entry.second, 404);
+        }
+}
+
+void WebKitCore::setVisible(DAXO_TesmoWindow* window, bool visible)
+{
+    auto found = views.find(window);
+    if (found != views.end())
+        screen.setVisible(GTK_WIDGET(found->second->webView), visible);
+}
+
+// WebKitGTK keeps no way to empty a view's back-forward list; a TV page has no back button
+// to reach it, so nothing is left to do.
+void WebKitCore::historyCleared(DAXO_TesmoWindow*) {}
+
+void WebKitCore::userAgentChanged(const std::string& extension)
+{
+    userAgentExtension = extension;
+    for (auto& entry : views) {
+        WebKitSettings* settings = webkit_web_view_get_settings(entry.second->webView);
+        webkit_settings_set_user_agent(settings, nullptr);
+        webkit_settings_set_user_agent(settings,
+                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + extension).c_str());
+    }
+}
+
+// ---------------------------------------------------------------- loads
+
+void WebKitCore::load(DAXO_TesmoWindow* window, const std::string& url)
+{
+    auto found = views.find(window);
+    if (found == views.end())
+        return;
+    if (rules->shouldFail(url)) {
+        out->say("load failed: " + url + " in " + windowName(window) + " (as told)");
+        lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
+        return;
+    }
+    const int status = rules->statusFor(url);
+    if (status != 200) {
+        out->say("HTTP " + std::to_string(status) + ": " + url + " in " + windowName(window) + " (as told)");
+        lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status)});
+        return;
+    }
+    found->second->failed = false;
+    found->second->silent = false;
+    webkit_web_view_load_uri(found->second->webView, url.c_str());
+}
+
+// What WebKit reported goes to the library after the next tick, from the TV's loop, never
+// from inside WebKit's own signal.
+void WebKitCore::afterTick()
+{
+    std::vector<LateReport> due;
+    due.swap(lateReports);
+    for (const LateReport& report : due) {
+        if (!knows(report.window))
+            continue;
+        out->noteActivity();
+        if (report.id == DAXO_TESMO_EVT_WINDOW_CLOSE || report.id == DAXO_TESMO_EVT_LOADING_STARTED) {
+            int result = 0;
+            tesmo_hbbtv_handle_notification(nullptr, report.window, report.id, nullptr, &result);
+        } else {
+            reportLoad(report.window, report.id, report.outcome, report.status);
+        }
+    }
+    std::vector<void*> dropped;
+    for (auto& entry : streams)
+        if (entry.second->ended && !entry.second->stopped)
+            dropped.push_back(entry.first);
+    for (void* handle : dropped)
+        endStream(handle);
+    for (auto it = streams.begin(); it != streams.end();) {
+        Stream& stream = *it->second;
+        if (stream.stopped && stream.pipeIn < 0 && !stream.watch) {
+            g_object_unref(stream.request);
+            it = streams.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+
+bool WebKitCore::busy() const
+{
+    for (const auto& entry : views)
+        if (webkit_web_view_is_loading(entry.second->webView))
+            return true;
+    for (const auto& entry : streams)
+        if (!entry.second->stopped)
+            return true;
+    return !lateReports.empty();
+}
+
+void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    View* view = self->viewOf(webView);
+    if (!view)
+        return;
+    if (event == WEBKIT_LOAD_STARTED) {
+        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
+        return;
+    }
+    if (event != WEBKIT_LOAD_FINISHED || view->failed || view->silent)
+        return;
+    WebKitWebResource* page = webkit_web_view_get_main_resource(webView);
+    WebKitURIResponse* response = page ? webkit_web_resource_get_response(page) : nullptr;
+    const unsigned status = response ? webkit_uri_response_get_status_code(response) : 0;
+    const std::string url = webkit_web_view_get_uri(webView) ? webkit_web_view_get_uri(webView) : "";
+    const int16_t reported = int16_t(status ? status : 200);
+    self->out->say((reported == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(reported) + ": ") + url +
+                   " in " + self->windowName(view->window));
+    self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, reported});
+}
+
+gboolean WebKitCore::loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    View* view = self->viewOf(webView);
+    if (!view || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
+        return FALSE;
+    if (g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)) {
+        view->silent = true;
+        return TRUE;
+    }
+    view->failed = true;
+    self->out->say(std::string("load failed: ") + (uri ? uri : "") + " in " + self->windowName(view->window) + " (" +
+                   error->message + ")");
+    // A server that cannot be reached is a connection failure; anything else, a failed load.
+    const bool unreachable = error->domain != WEBKIT_POLICY_ERROR && error->domain != WEBKIT_PLUGIN_ERROR;
+    if (unreachable)
+        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
+    else
+        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
+    return TRUE;  // no error page on a TV
+}
+
+void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    if (View* view = self->viewOf(webView)) {
+        self->out->say("the page in " + self->windowName(view->window) + " closes its window");
+        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
+    }
+}
+
+// Pages open no windows of their own; an XML AIT is not shown but handed to the library.
+gboolean WebKitCore::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer)
+{
+    if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
+        webkit_policy_decision_ignore(decision);
+        return TRUE;
+    }
+    if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
+        return FALSE;
+    WebKitURIResponse* response = webkit_response_policy_decision_get_response(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+    const char* mime = webkit_uri_response_get_mime_type(response);
+    if (!mime || g_ascii_strcasecmp(mime, XML_AIT_TYPE) != 0)
+        return FALSE;
+    webkit_policy_decision_download(decision);
+    return TRUE;
+}
+
+// ---------------------------------------------------------------- XML AITs
+
+void WebKitCore::downloadStarted(WebKitWebContext*, WebKitDownload* download, gpointer self)
+{
+    g_signal_connect(download, "decide-destination", G_CALLBACK(+[](WebKitDownload* d, const char*, gpointer) -> gboolean {
+                         char* path = g_build_filename(g_get_tmp_dir(), "hbbtv-browser-XXXXXX.aitx", nullptr);
+                         const int fd = g_mkstemp(path);
+                         if (fd >= 0)
+                             close(fd);
+                         char* uri = g_filename_to_uri(path, nullptr, nullptr);
+                         webkit_download_set_allow_overwrite(d, TRUE);
+                         webkit_download_set_destination(d, uri);
+                         g_free(uri);
+                         g_free(path);
+                         return TRUE;
+                     }),
+                     nullptr);
+    g_signal_connect(download, "finished", G_CALLBACK(+[](WebKitDownload* d, gpointer core) {
+                         const char* destination = webkit_download_get_destination(d);
+                         char* path = destination ? g_filename_from_uri(destination, nullptr, nullptr) : nullptr;
+                         if (path && webkit_download_get_web_view(d))
+                             static_cast<WebKitCore*>(core)->xmlAitReceived(webkit_download_get_web_view(d), path);
+                         if (path)
+                             std::remove(path);
+                         g_free(path);
+                     }),
+                     self);
+}
+
+void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
+{
+    View* view = viewOf(webView);
+    if (!view)
+        return;
+    auto ait = std::make_unique<XmlAit>();
+    std::string error;
+    int result = 0;
+    if (!ait->load(file, error)) {
+        out->say("the page's XML AIT does not parse: " + error);
+        tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED, nullptr, &result);
+        return;
+    }
+    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_AIT, ait->record(), &result);
+    out->say("XML AIT received in " + windowName(view->window) + ": " +
+             (handled ? "result " + std::to_string(result) : std::string("not for the library")));
+    xmlAits.push_back(std::move(ait));
+}
+
+// ---------------------------------------------------------------- dvb: streams
+
+void WebKitCore::dvbRequest(WebKitURISchemeRequest* request, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    WebKitWebView* webView = webkit_uri_scheme_request_get_web_view(request);
+    View* view = webView ? self->viewOf(webView) : nullptr;
+    if (!view) {
+        GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "not a page of an HbbTV application");
+        webkit_uri_scheme_request_finish_error(request, error);
+        g_error_free(error);
+        return;
+    }
+    auto stream = std::make_unique<Stream>();
+    stream->request = WEBKIT_URI_SCHEME_REQUEST(g_object_ref(request));
+    stream->window = view->window;
+    stream->url = webkit_uri_scheme_request_get_uri(request);
+    void* handle = stream.get();
+    self->streams[handle] = std::move(stream);
+    DAXO_ProtocolRecord record{self->streams[handle]->url.c_str(), nullptr, handle};
+    int result = 0;
+    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START,
+                                                         &record, &result);
+    auto found = self->streams.find(handle);
+    if (found == self->streams.end() || found->second->ended)
+        return;
+    if (!handled || result != 0) {
+        self->out->say("no carousel stream for " + found->second->url);
+        self->respond(*found->second, 404);
+        found->second->ended = true;
+        found->second->stopped = !handled;  // a stream the library never took needs no stop
+    }
+}
+
+void WebKitCore::streamMimeType(void* handle, const std::string& mime)
+{
+    auto found = streams.find(handle);
+    if (found != streams.end())
+        found->second->mime = mime;
+}
+
+void WebKitCore::streamData(void* handle, const unsigned char* data, unsigned int length)
+{
+    auto found = streams.find(handle);
+    if (found == streams.end() || found->second->ended)
+        return;
+    Stream& stream = *found->second;
+    if (!stream.responded)
+        respond(stream, 200);
+    stream.pending.append(reinterpret_cast<const char*>(data), length);
+    flush(stream);
+}
+
+void WebKitCore::streamEnded(void* handle, int status, bool finished)
+{
+    auto found = streams.find(handle);
+    if (found == streams.end() || found->second->ended)
+        return;
+    Stream& stream = *found->second;
+    if (!stream.responded)
+        respond(stream, finished ? 200 : (status >= 400 ? status : 404));
+    stream.ended = true;
+    flush(stream);
+}
+
+// The response head: a 200 whose body is the pipe, or an empty error.
+void WebKitCore::respond(Stream& stream, int status)
+{
+    stream.responded = true;
+    GInputStream* body = nullptr;
+    int ends[2];
+    if (status == 200 && g_unix_open_pipe(ends, FD_CLOEXEC, nullptr)) {
+        g_unix_set_fd_nonblocking(ends[1], TRUE, nullptr);
+        stream.pipeIn = ends[1];
+        body = g_unix_input_stream_new(ends[0], TRUE);
+    } else {
+        status = status == 200 ? 500 : status;
+        body = g_memory_input_stream_new();
+    }
+    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(body, -1);
+    webkit_uri_scheme_response_set_status(response, guint(status), nullptr);
+    webkit_uri_scheme_response_set_content_type(response, engineType(stream.mime).c_str());
+    webkit_uri_scheme_request_finish_with_response(stream.request, response);
+    g_object_unref(response);
+    g_object_unref(body);
+}
+
+// Writes what the pipe takes now; the rest when it can take more. The pipe closes once the
+// library has finished and everything is through.
+void WebKitCore::flush(Stream& stream)
+{
+    while (stream.pipeIn >= 0 && !stream.pending.empty()) {
+        const ssize_t written = write(stream.pipeIn, stream.pending.data(), stream.pending.size());
+        if (written > 0) {
+            stream.pending.erase(0, size_t(written));
+        } else if (written < 0 && errno == EAGAIN) {
+            if (!stream.watch)
+                stream.watch = g_unix_fd_add(stream.pipeIn, G_IO_OUT,
+                                             [](int, GIOCondition, gpointer data) -> gboolean {
+                                                 auto* s = static_cast<Stream*>(data);
+                                                 s->watch = 0;
+                                                 flush(*s);
+                                                 return G_SOURCE_REMOVE;
+                                             },
+                                             &stream);
+            return;
+        } else {
+            stream.pending.clear();  // the page went away
+        }
+    }
+    if (stream.ended && stream.pipeIn >= 0 && stream.pending.empty()) {
+        close(stream.pipeIn);
+        stream.pipeIn = -1;
+    }
+}
+
+// The core drops a stream the library has ended (or whose page went), and says so; the
+// stream is forgotten once its pipe has drained.
+void WebKitCore::endStream(void* handle)
+{
+    Stream& stream = *streams[handle];
+    stream.stopped = true;
+    const std::string url = stream.url;
+    DAXO_ProtocolRecord record{url.c_str(), nullptr, handle};
+    int result = 0;
+    tesmo_hbbtv_handle_notification(nullptr, stream.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &record, &result);
+}
+
+// ---------------------------------------------------------------- pages
+
+PageBindings::Answer WebKitCore::pageCall(guint64 pageId, const PageBindings::Call& call)
+{
+    View* view = nullptr;
+    for (auto& entry : views)
+        if (webkit_web_view_get_page_id(entry.second->webView) == pageId)
+            view = entry.second.get();
+    if (!view)
+        return {3, 0, "the page has no browser window"};
+    if (call.name == "painted") {
+        if (!painted) {
+            painted = true;
+            const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
+            out->say("first paint in " + windowName(view->window) + ": " + std::to_string(ms.count()) +
+                     " ms after the first AIT section (or the start)");
+        }
+        return {0, 0, ""};
+    }
+    const char* uri = webkit_web_view_get_uri(view->webView);
+    const PageBindings::Answer answer =
+        PageBindings::answer({view->window, handleOf(view->window), uri ? uri : ""}, call);
+    out->record(JsonLine().field("page_call", call.name).field("text", call.text).field("a", (long long)call.a)
+                    .field("b", (long long)call.b).field("result", answer.result).field("number", (long long)answer.number));
+    if (call.name == "request" && answer.result == 1)
+        out->say("the page's request for " + call.text + " is refused");
+    else if (call.name != "request" && !isQuestion(call.name))
+        out->say("the page calls " + call.name + (call.text.empty() ? "" : " " + call.text) + ": result " +
+                 std::to_string(answer.result));
+    return answer;
+}
+
+void WebKitCore::toPage(WebKitWebView* webView, const std::string& script)
+{
+    const std::string guarded = "window.__tesmoEvent && __tesmoEvent(" + script + ")";
+    webkit_web_view_evaluate_javascript(webView, guarded.c_str(), -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+}
+
+void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
+{
+    DAXO_TesmoWindow* window = activeWindow();
+    auto found = views.find(window);
+    if (found == views.end())
+        return;
+    toPage(found->second->webView,
+           std::string("'key', '") + (action == 0 ? "keydown" : "keyup") + "', " + std::to_string(domKeyCode(key)));
+}
+
+void WebKitCore::applicationEvent(const char* name, uint32_t applicationId)
+{
+    for (auto& entry : views)
+        toPage(entry.second->webView, std::string("'") + name + "', " + std::to_string(applicationId));
+}
+
+void WebKitCore::evaluate(const std::string& script, std::function<void(const std::string&)> done)
+{
+    auto found = views.find(activeWindow());
+    if (found == views.end())
+        return done("(no page)");
+    auto* callback = new std::function<void(const std::string&)>(std::move(done));
+    webkit_web_view_evaluate_javascript(
+        found->second->webView, script.c_str(), -1, nullptr, nullptr, nullptr,
+        [](GObject* view, GAsyncResult* result, gpointer data) {
+            auto* reply = static_cast<std::function<void(const std::string&)>*>(data);
+            GError* error = nullptr;
+            JSCValue* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
+            char* json = value ? jsc_value_to_json(value, 0) : nullptr;
+            (*reply)(json ? json : value ? "undefined" : std::string("error: ") + (error ? error->message : "?"));
+            g_free(json);
+            if (value)
+                g_object_unref(value);
+            g_clear_error(&error);
+            delete reply;
+        },
+        callback);
+}

@@ -1,0 +1,94 @@
+#ifndef TESMO_BROWSER_WEBKITCORE_H
+#define TESMO_BROWSER_WEBKITCORE_H
+
+#include <webkit2/webkit2.h>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "BrowserCore.h"
+#include "PageBindings.h"
+#include "ScriptChannel.h"
+#include "TvScreen.h"
+#include "XmlAit.h"
+
+// The browser core on WebKitGTK: a web view for each browser window the platform grants,
+// stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
+// an HTTP status, failed, closed by script, an XML AIT received) goes to the library as the
+// browser core's notifications. dvb: is a URI scheme whose responses are the library's
+// protocol streams, passed on as they are written. The pages' HbbTV objects live in the
+// web-process extension and reach the library through the script channel.
+class WebKitCore : public BrowserCore {
+public:
+    // The extension's directory, and the script of the HbbTV objects it gives each page.
+    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& apiScript);
+    ~WebKitCore() override;
+
+    void setVisible(DAXO_TesmoWindow* window, bool visible) override;
+    void afterTick() override;
+    bool busy() const override;
+
+    // The bindings' listeners, which the library calls.
+    void applicationEvent(const char* name, uint32_t applicationId);
+    // Evaluates a script in the active page; done gets its value as text (or the error).
+    void evaluate(const std::string& script, std::function<void(const std::string&)> done);
+    // Sets the clock from which the first paint is measured (the first AIT section).
+    void startClock() { clockStart = std::chrono::steady_clock::now(); }
+
+private:
+    struct View;
+    struct Stream;
+    struct LateReport {
+        DAXO_TesmoWindow* window;
+        int id;
+        int32_t outcome;
+        int16_t status;
+    };
+
+    void windowCreated(DAXO_TesmoWindow* window) override;
+    void windowDestroyed(DAXO_TesmoWindow* window) override;
+    void load(DAXO_TesmoWindow* window, const std::string& url) override;
+    void historyCleared(DAXO_TesmoWindow* window) override;
+    void streamMimeType(void* stream, const std::string& mime) override;
+    void streamData(void* stream, const unsigned char* data, unsigned int length) override;
+    void streamEnded(void* stream, int status, bool finished) override;
+    void userAgentChanged(const std::string& extension) override;
+    void keyEvent(int action, DAXO_KEY_SYM key) override;
+
+    PageBindings::Answer pageCall(guint64 pageId, const PageBindings::Call& call);
+    View* viewOf(WebKitWebView* webView);
+    void toPage(WebKitWebView* view, const std::string& script);
+
+    // WebKit's signals
+    static void loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
+    static gboolean loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer self);
+    static void closeRequested(WebKitWebView* webView, gpointer self);
+    static gboolean decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                 gpointer self);
+    static void dvbRequest(WebKitURISchemeRequest* request, gpointer self);
+    static void downloadStarted(WebKitWebContext*, WebKitDownload* download, gpointer self);
+
+    // dvb: streams
+    void respond(Stream& stream, int status);
+    static void flush(Stream& stream);
+    void endStream(void* handle);
+    // XML AITs a page loads
+    void xmlAitReceived(WebKitWebView* webView, const std::string& file);
+
+    TvScreen& screen;
+    WebKitWebContext* context;
+    std::unique_ptr<ScriptChannel> channel;
+    std::map<DAXO_TesmoWindow*, std::unique_ptr<View>> views;
+    std::map<void*, std::unique_ptr<Stream>> streams;
+    std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick
+    std::vector<std::unique_ptr<XmlAit>> xmlAits;  // the core keeps what it handed over
+    std::string userAgentExtension;
+    std::chrono::steady_clock::time_point clockStart;
+    bool painted = false;
+};
+
+#endif
