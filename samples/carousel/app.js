@@ -97,5 +97,7 @@ function start() {
         }
     }
     document.addEventListener('keydown', onKey, false);
+    element('origin').textContent = location.protocol === 'dvb:' ? 'Served from the object carousel.'
+                                                                 : 'Served over broadband.';
     loadMenu(drawMenu);
 }

@@ -131,7 +131,8 @@ void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
         return;
     WebKitWebView* webView = found->second->webView;
     g_signal_handlers_disconnect_by_data(webView, this);
-    webkit_web_view_stop_loading(webView);
+    // The page goes with its window, even one stuck in a loop that would hold its process.
+    webkit_web_view_terminate_web_process(webView);
     screen.remove(GTK_WIDGET(webView));
     views.erase(found);
     // Its streams are dropped: the library hears of it at the next tick.

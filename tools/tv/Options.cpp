@@ -50,6 +50,8 @@ std::string commonUsage()
            "  --time-shift            the service plays time-shifted\n"
            "  --fail PATTERN          loads of URLs matching PATTERN (a glob) fail; repeatable\n"
            "  --status PATTERN=CODE   loads of matching URLs finish with that HTTP status\n"
+           "  --refuse PATTERN        the platform refuses pages' script requests (XHR, fetch)\n"
+           "                          for URLs matching PATTERN inside the application; repeatable\n"
            "  --carousel DIR          serve dvb: files from DIR (the URL's path inside it) instead\n"
            "                          of the service's object carousel\n"
            "  --carousel-pid PID      the object carousel on PID (the capture may hold no PMT)\n"
@@ -209,6 +211,10 @@ bool OptionReader::option(const std::string& arg, bool& wantHelp)
         if (equals == std::string::npos || equals == 0 || !parseNumber(text.substr(equals + 1), 999, n))
             return refuse("--status takes PATTERN=CODE, for example 'http://*=404'");
         options.statusRules.push_back({text.substr(0, equals), int(n)});
+    } else if (arg == "--refuse") {
+        if (!value(arg, text))
+            return false;
+        options.refusedRequests.push_back(text);
     } else if (arg == "--carousel") {
         return value(arg, options.carouselDir);
     } else if (arg == "--carousel-pid") {

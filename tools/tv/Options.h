@@ -33,6 +33,7 @@ struct Options {
     bool timeShift = false;
     std::vector<std::string> failPatterns;
     std::vector<StatusRule> statusRules;
+    std::vector<std::string> refusedRequests;  // the platform refuses pages' requests for these
     std::string carouselDir;            // empty: the service's own object carousel
     std::optional<uint16_t> carouselPid;  // instead of the PMT's carousel stream
     bool carouselList = false;

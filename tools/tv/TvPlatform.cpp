@@ -1,5 +1,7 @@
 #include "TvPlatform.h"
 
+#include <fnmatch.h>
+
 #include <cinttypes>
 #include <cstdlib>
 #include <cstring>
@@ -495,6 +497,10 @@ void TvPlatform::onNotification(HBBTV_NotificationType type, HBBTV_NotificationD
     }
     if (type == HBBTV_NOTIFICATION_RELEASE_WINDOW && data)
         data->release_window.released = 1;
+    if (type == HBBTV_NOTIFICATION_XHR && data)
+        for (const std::string& pattern : options->refusedRequests)
+            if (data->xhr.target_url && fnmatch(pattern.c_str(), data->xhr.target_url, 0) == 0)
+                data->xhr.permission = HBBTV_XHR_PERMISSION_DENY;
     if (type == HBBTV_NOTIFICATION_GET_FREE_MEMORY && data)
         *data->get_free_memory.free_memory = FREE_MEMORY;
     out->record(notificationJson(type, data));
@@ -528,7 +534,8 @@ void TvPlatform::onNotification(HBBTV_NotificationType type, HBBTV_NotificationD
         return out->say("key set of " + core->windowName(data->keyset_changed.daxo_window) + " now " +
                         hex((unsigned)data->keyset_changed.keyset, 3));
     case HBBTV_NOTIFICATION_XHR:
-        return out->say(std::string("script request for ") + data->xhr.target_url);
+        return out->say(std::string("script request for ") + data->xhr.target_url +
+                        (data->xhr.permission == HBBTV_XHR_PERMISSION_DENY ? ": refused" : ""));
     case HBBTV_NOTIFICATION_GET_FREE_MEMORY:
         return out->say("free memory asked: " + std::to_string(FREE_MEMORY) + " bytes");
     }

@@ -1,0 +1,239 @@
+// hbbtv-browser with WebKit, as an integrator runs it: on a display (the test command runs
+// under xvfb-run), on captures made from the sample's description, with a broadband server
+// on 127.0.0.1 that this test runs.
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+#include <libsoup/soup.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Serves directories under path prefixes; everything else is a 404. Keeps the paths asked for.
+class LocalServer {
+public:
+    explicit LocalServer(std::map<std::string, std::string> roots) : roots(std::move(roots))
+    {
+        std::mutex started;
+        started.lock();
+        thread = std::thread([this, &started] {
+            context = g_main_context_new();
+            g_main_context_push_thread_default(context);
+            server = soup_server_new(nullptr, nullptr);
+            soup_server_add_handler(server, nullptr, serve, this, nullptr);
+            soup_server_listen_local(server, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, nullptr);
+            GSList* uris = soup_server_get_uris(server);
+            port = g_uri_get_port(static_cast<GUri*>(uris->data));
+            g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));
+            loop = g_main_loop_new(context, FALSE);
+            started.unlock();
+            g_main_loop_run(loop);
+            g_object_unref(server);
+            g_main_loop_unref(loop);
+            g_main_context_pop_thread_default(context);
+            g_main_context_unref(context);
+        });
+        started.lock();
+        started.unlock();
+    }
+    ~LocalServer()
+    {
+        g_main_context_invoke(context, [](gpointer l) { g_main_loop_quit(static_cast<GMainLoop*>(l)); return G_SOURCE_REMOVE; },
+                              loop);
+        thread.join();
+    }
+
+    std::string base() const { return "http://127.0.0.1:" + std::to_string(port) + "/"; }
+    bool asked(const std::string& path)
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        for (const std::string& p : paths)
+            if (p.compare(0, path.size(), path) == 0)
+                return true;
+        return false;
+    }
+
+private:
+    static void serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer data)
+    {
+        auto* self = static_cast<LocalServer*>(data);
+        const std::string asked = path;
+        {
+            std::lock_guard<std::mutex> lock(self->mutex);
+            self->paths.push_back(asked);
+        }
+        for (const auto& root : self->roots) {
+            if (asked.compare(0, root.first.size(), root.first) != 0)
+                continue;
+            const std::string file = root.second + "/" + asked.substr(root.first.size());
+            if (access(file.c_str(), R_OK) != 0)
+                break;
+            const std::string body = readFile(file);
+            soup_server_message_set_status(message, 200, nullptr);
+            soup_server_message_set_response(message, mimeType(file), SOUP_MEMORY_COPY, body.data(), body.size());
+            return;
+        }
+        soup_server_message_set_status(message, 404, nullptr);
+    }
+    static const char* mimeType(const std::string& file)
+    {
+        static const std::pair<const char*, const char*> types[] = {
+            {".html", "application/xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"}};
+        for (const auto& type : types)
+            if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
+                return type.second;
+        return "text/plain";
+    }
+
+    std::map<std::string, std::string> roots;
+    std::thread thread;
+    GMainContext* context = nullptr;
+    GMainLoop* loop = nullptr;
+    SoupServer* server = nullptr;
+    unsigned port = 0;
+    std::mutex mutex;
+    std::vector<std::string> paths;
+};
+
+class BrowserTest : public testing::Test {
+protected:
+    BrowserTest()
+        : server({{"/app/", SAMPLE_DIR "/carousel"}, {"/catalogue/", SAMPLE_DIR "/catalogue"}, {"/probe/", PAGES_DIR}})
+    {
+        char pattern[] = "/tmp/browser-test-XXXXXX";
+        dir = mkdtemp(pattern);
+    }
+    ~BrowserTest() override { std::system(("rm -rf " + dir).c_str()); }
+
+    // The sample's broadcast with its broadband transports moved to the local server's paths.
+    std::string capture(const std::string& appPath, const std::string& location = "index.html")
+    {
+        std::string desc = readFile(SAMPLE_DIR "/sample.desc");
+        desc = std::regex_replace(desc, std::regex("http://sample.example/app/"), server.base() + appPath);
+        desc = std::regex_replace(desc, std::regex("location index.html\n    boundary"), "location " + location + "\n    boundary");
+        desc = std::regex_replace(desc, std::regex("http://sample.example/"), server.base());
+        std::ofstream(dir + "/sample.desc") << desc;
+        symlink(SAMPLE_DIR "/carousel", (dir + "/carousel").c_str());
+        const std::string ts = dir + "/sample.ts";
+        EXPECT_EQ(std::system((MAKE_SAMPLE " " + dir + "/sample.desc " + ts).c_str()), 0);
+        return ts;
+    }
+
+    std::string browse(const std::string& arguments)
+    {
+        std::string output;
+        FILE* pipe = popen((HBBTV_BROWSER " " + arguments + " 2>&1").c_str(), "r");
+        char buffer[4096];
+        while (size_t n = fread(buffer, 1, sizeof buffer, pipe))
+            output.append(buffer, n);
+        EXPECT_EQ(pclose(pipe), 0) << output;
+        return output;
+    }
+
+    LocalServer server;
+    std::string dir;
+};
+
+// A pixel of a PNG as 0xRRGGBB.
+uint32_t pixel(const std::string& png, int x, int y)
+{
+    cairo_surface_t* image = cairo_image_surface_create_from_png(png.c_str());
+    uint32_t value = 0xFFFFFFFF;
+    if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
+        const unsigned char* row = cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image);
+        value = reinterpret_cast<const uint32_t*>(row)[x] & 0xFFFFFF;
+    }
+    cairo_surface_destroy(image);
+    return value;
+}
+
+bool isRed(uint32_t rgb)
+{
+    return (rgb >> 16) > 0xB0 && ((rgb >> 8) & 0xFF) < 0x40 && (rgb & 0xFF) < 0x40;
+}
+
+// Broadband answers 404: the AUTOSTART application fails over to its carousel page, which
+// draws the red-button banner.
+TEST_F(BrowserTest, BroadbandNotFoundFailsOverToTheCarouselWhichDrawsTheBanner)
+{
+    const std::string shot = dir + "/shot.png";
+    const std::string out = browse(capture("missing/") + " --exit-after 120 --screenshot " + shot + "@60" +
+                                   " --eval \"document.getElementById('banner').className + '|' +"
+                                   " document.getElementById('origin').textContent\"@60");
+    EXPECT_TRUE(server.asked("/missing/index.html"));
+    EXPECT_NE(out.find("HTTP 404: " + server.base() + "missing/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: dvb://1.1.1.5/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("\"banner|Served from the object carousel.\""), std::string::npos) << out;
+    EXPECT_NE(out.find("first paint in browser window"), std::string::npos) << out;
+    EXPECT_TRUE(isRed(pixel(shot, 742, 644))) << std::hex << pixel(shot, 742, 644);  // the banner's red edge
+    EXPECT_FALSE(isRed(pixel(shot, 742, 400))) << "above the banner: the broadcast shows through";
+}
+
+// Over broadband: RED opens the menu the page has asked for, and ENTER on the catalogue
+// entry starts the second application from the current AIT, which shows itself.
+TEST_F(BrowserTest, SampleMenuLaunchesTheSecondApplication)
+{
+    const std::string shot = dir + "/catalogue.png";
+    const std::string out = browse(capture("app/") + " --exit-after 160 --key RED@60 --key DOWN@70 --key ENTER@80" +
+                                   " --eval \"document.getElementById('origin').textContent\"@50" +
+                                   " --eval document.title@140 --screenshot " + shot + "@140");
+    EXPECT_NE(out.find("\"Served over broadband.\""), std::string::npos) << out;
+    EXPECT_NE(out.find("key RED delivered to the application"), std::string::npos) << out;
+    EXPECT_NE(out.find("the page calls createApplication dvb://current.ait/10.2: result 0"), std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: " + server.base() + "catalogue/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
+    EXPECT_TRUE(isRed(pixel(shot, 100, 130))) << "the catalogue's selected entry";
+}
+
+// A broadcast-related page gets no key until it asks; the platform refuses one of its
+// requests, which never reaches the server; window.close() ends the application.
+TEST_F(BrowserTest, KeysRequestsAndCloseOfABroadcastPage)
+{
+    const std::string out = browse(capture("probe/", "probe.html") + " --refuse '*secret*' --exit-after 200" +
+                                   " --key RED@40 --eval 'takeRed()@60' --key RED@90 --key YELLOW@91" +
+                                   " --eval \"request('allowed.txt'), request('secret.txt')\"@100" +
+                                   " --eval 'report()@130' --eval 'window.close()@150'");
+    EXPECT_NE(out.find("key RED stays with the TV"), std::string::npos) << out;
+    EXPECT_NE(out.find("key RED delivered to the application"), std::string::npos) << out;
+    EXPECT_NE(out.find("key YELLOW stays with the TV"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"received\":[403])"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"allowed.txt\":\"loaded 200\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"secret.txt\":\"refused\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"secret.txt fetch\":\"refused\")"), std::string::npos) << out;
+    EXPECT_TRUE(server.asked("/probe/allowed.txt"));
+    EXPECT_FALSE(server.asked("/probe/secret.txt"));
+    EXPECT_NE(out.find("closes its window"), std::string::npos) << out;
+    EXPECT_NE(out.find("stopped: 0x10.0x1 " + server.base() + "probe/probe.html"), std::string::npos) << out;
+}
+
+// A page that throws while it loads, then loops for ever, holds up neither the library's
+// ticks nor the platform: keys are still decided and the run ends on time.
+TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)
+{
+    const std::string out = browse("--start-url '" + server.base() + "probe/probe.html?throw' --exit-after 60 --key 1@20 && " +
+                                   HBBTV_BROWSER " --start-url '" + server.base() + "probe/probe.html?loop'" +
+                                   " --exit-after 120 --key RED@100");
+    EXPECT_NE(out.find("tick    20  key 1 delivered to the application"), std::string::npos) << out;
+    EXPECT_NE(out.find("tick   100  key RED delivered to the application"), std::string::npos) << out;
+    EXPECT_NE(out.find("tick   120  memory: "), std::string::npos) << out;
+}
+
+} // namespace
