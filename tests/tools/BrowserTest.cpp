@@ -233,7 +233,7 @@ TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)
                                    " --exit-after 120 --key RED@100");
     EXPECT_NE(out.find("tick    20  key 1 delivered to the application"), std::string::npos) << out;
     EXPECT_NE(out.find("tick   100  key RED delivered to the application"), std::string::npos) << out;
-    EXPECT_NE(out.find("tick   120  memory: "), std::string::npos) << out;
+    EXPECT_NE(out.find("tick   120  memory (proportional set size)"), std::string::npos) << out;
 }
 
 } // namespace

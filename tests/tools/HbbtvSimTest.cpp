@@ -78,8 +78,8 @@ TEST(HbbtvSimTest, BundledSampleShowsAStartAndAFailover)
     EXPECT_THAT(run.out, HasSubstr("start requested: 0x10.0x1 dvb://1.1.1.5/index.html (AUTOSTART)"));
     EXPECT_THAT(run.out, HasSubstr("carousel: service gateway in module 1"));
     EXPECT_THAT(run.out, HasSubstr("carousel: module 3 v1 complete, 1 object(s)"));
-    EXPECT_THAT(run.out, HasSubstr("loaded from the carousel: dvb://1.1.1.5/index.html (593 bytes)"));
-    EXPECT_THAT(run.out, HasSubstr("key RED refused"));
+    EXPECT_THAT(run.out, HasSubstr("loaded from the carousel: dvb://1.1.1.5/index.html (573 bytes)"));
+    EXPECT_THAT(run.out, HasSubstr("key RED stays with the TV"));
     EXPECT_THAT(run.out, HasSubstr("key RED delivered"));
 }
 
@@ -140,10 +140,10 @@ TEST(HbbtvSimTest, SampleCarouselListsAndExtractsAsWritten)
 {
     const SimRun list = sim("--carousel-list");
     ASSERT_EQ(list.status, 0) << list.err;
-    EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 28 section(s)\n"));
+    EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 30 section(s)\n"));
     EXPECT_THAT(list.out, HasSubstr("  /data/menu.txt                   file                75 bytes  module 5 v1  complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  module 3 v1: 556 bytes (zlib) in 2 block(s), complete\n"));
-    EXPECT_THAT(list.out, HasSubstr("  module 4 v1: 2912 bytes in 6 block(s), complete\n"));
+    EXPECT_THAT(list.out, HasSubstr("  module 4 v1: 3107 bytes in 7 block(s), complete\n"));
 
     const std::string dir = tempFile("extracted");
     const SimRun extract = sim("--carousel-extract " + dir + " --carousel-pid 0x102 " SAMPLE_DIR "/sample.ts");

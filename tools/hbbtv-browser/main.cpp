@@ -61,17 +61,19 @@ std::string readFile(const std::string& path)
     return text.str();
 }
 
-long residentKiB(const std::string& statusFile)
+// A process's share of the memory it uses, shared libraries divided among their users, so
+// that the processes' figures add up.
+long proportionalKiB(const std::string& process)
 {
-    std::ifstream in(statusFile);
+    std::ifstream in("/proc/" + process + "/smaps_rollup");
     std::string line;
     while (std::getline(in, line))
-        if (line.compare(0, 6, "VmRSS:") == 0)
-            return std::atol(line.c_str() + 6);
+        if (line.compare(0, 4, "Pss:") == 0)
+            return std::atol(line.c_str() + 4);
     return 0;
 }
 
-// The browser's resident memory: this process, and WebKit's processes that it started.
+// The browser's memory: this process, and WebKit's processes that it started.
 std::string memoryReport()
 {
     const std::string self = std::to_string(getpid());
@@ -82,15 +84,15 @@ std::string memoryReport()
             std::ifstream stat(std::string("/proc/") + entry->d_name + "/stat");
             std::string pid, name, state, parent;
             if (stat >> pid >> name >> state >> parent && parent == self) {
-                children += residentKiB(std::string("/proc/") + entry->d_name + "/status");
+                children += proportionalKiB(entry->d_name);
                 ++count;
             }
         }
         closedir(proc);
     }
-    const long own = residentKiB("/proc/self/status");
-    return "memory: hbbtv-browser " + std::to_string(own) + " KiB, " + std::to_string(count) + " WebKit process(es) " +
-           std::to_string(children) + " KiB, " + std::to_string(own + children) + " KiB resident in all";
+    const long own = proportionalKiB("self");
+    return "memory (proportional set size): hbbtv-browser " + std::to_string(own) + " KiB, " + std::to_string(count) +
+           " WebKit process(es) " + std::to_string(children) + " KiB, " + std::to_string(own + children) + " KiB in all";
 }
 
 // The tick loop, and what the options ask for at given ticks: a screenshot or a script's
@@ -193,6 +195,7 @@ int main(int argc, char** argv)
     const int status = broadcast.prepare(options);
     if (status != Broadcast::PLAY)
         return status;
+    g_setenv("NO_AT_BRIDGE", "1", TRUE);  // a TV has no accessibility bus to wait for
     if (!gtk_init_check(&argc, &argv)) {
         std::fprintf(stderr, "hbbtv-browser: no display (run it under xvfb-run for no screen)\n");
         return 2;
