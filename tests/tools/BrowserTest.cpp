@@ -86,7 +86,8 @@ private:
             const std::string file = root.second + "/" + asked.substr(root.first.size());
             if (access(file.c_str(), R_OK) != 0)
                 break;
-            const std::string body = readFile(file);
+            // An XML AIT names the server it came from.
+            const std::string body = std::regex_replace(readFile(file), std::regex("@BASE@"), self->base());
             soup_server_message_set_status(message, 200, nullptr);
             soup_server_message_set_response(message, mimeType(file), SOUP_MEMORY_COPY, body.data(), body.size());
             return;
@@ -96,7 +97,8 @@ private:
     static const char* mimeType(const std::string& file)
     {
         static const std::pair<const char*, const char*> types[] = {
-            {".html", "application/xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"}};
+            {".html", "application/xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"},
+            {".aitx", "application/vnd.dvb.ait+xml"}};
         for (const auto& type : types)
             if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
                 return type.second;
@@ -222,6 +224,20 @@ TEST_F(BrowserTest, KeysRequestsAndCloseOfABroadcastPage)
     EXPECT_FALSE(server.asked("/probe/secret.txt"));
     EXPECT_NE(out.find("closes its window"), std::string::npos) << out;
     EXPECT_NE(out.find("stopped: 0x10.0x1 " + server.base() + "probe/probe.html"), std::string::npos) << out;
+}
+
+// A page loads an XML AIT, as createApplication of an .aitx URL does: the core reads it and
+// hands it over, and the library starts the application it signals.
+TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
+{
+    const std::string out = browse("--start-url '" + server.base() + "probe/probe.html' --exit-after 140" +
+                                   " --eval \"owner().createApplication('catalogue.aitx', false) !== null\"@30" +
+                                   " --eval document.title@110");
+    EXPECT_TRUE(server.asked("/probe/catalogue.aitx"));
+    EXPECT_NE(out.find("XML AIT received in browser window"), std::string::npos) << out;
+    EXPECT_NE(out.find("XML AIT handed to the platform: 1 application(s)"), std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: " + server.base() + "catalogue/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's

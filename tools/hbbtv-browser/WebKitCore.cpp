@@ -51,7 +51,7 @@ struct WebKitCore::View {
     DAXO_TesmoWindow* window;
     WebKitWebView* webView;
     bool failed = false;  // this load was reported as failed; its end says nothing more
-    bool silent = false;  // this load became an XML AIT: not a page
+    bool silent = false;  // this load is an XML AIT: not a page
 };
 
 // A dvb: request and the library's protocol stream for it. The response body goes through
@@ -184,8 +184,6 @@ void WebKitCore::load(DAXO_TesmoWindow* window, const std::string& url)
         lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status)});
         return;
     }
-    found->second->failed = false;
-    found->second->silent = false;
     webkit_web_view_load_uri(found->second->webView, url.c_str());
 }
 
@@ -241,6 +239,8 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
     if (!view)
         return;
     if (event == WEBKIT_LOAD_STARTED) {
+        view->failed = false;
+        view->silent = false;
         self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
         return;
     }
@@ -262,10 +262,8 @@ gboolean WebKitCore::loadFailed(WebKitWebView* webView, WebKitLoadEvent, const c
     View* view = self->viewOf(webView);
     if (!view || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
         return FALSE;
-    if (g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE)) {
-        view->silent = true;
+    if (view->silent && g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE))
         return TRUE;
-    }
     view->failed = true;
     self->out->say(std::string("load failed: ") + (uri ? uri : "") + " in " + self->windowName(view->window) + " (" +
                    error->message + ")");
@@ -287,8 +285,10 @@ void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
     }
 }
 
-// Pages open no windows of their own; an XML AIT is not shown but handed to the library.
-gboolean WebKitCore::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, gpointer)
+// Pages open no windows of their own; an XML AIT is not shown but handed to the library;
+// what WebKit cannot show is dropped.
+gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                  gpointer self)
 {
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
         webkit_policy_decision_ignore(decision);
@@ -296,11 +296,17 @@ gboolean WebKitCore::decidePolicy(WebKitWebView*, WebKitPolicyDecision* decision
     }
     if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
         return FALSE;
-    WebKitURIResponse* response = webkit_response_policy_decision_get_response(WEBKIT_RESPONSE_POLICY_DECISION(decision));
-    const char* mime = webkit_uri_response_get_mime_type(response);
-    if (!mime || g_ascii_strcasecmp(mime, XML_AIT_TYPE) != 0)
+    auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
+    const char* mime = webkit_uri_response_get_mime_type(webkit_response_policy_decision_get_response(response));
+    View* view = static_cast<WebKitCore*>(self)->viewOf(webView);
+    if (mime && g_ascii_strcasecmp(mime, XML_AIT_TYPE) == 0) {
+        if (view)
+            view->silent = true;  // not a page: its load says nothing
+        webkit_policy_decision_download(decision);  // the only download: read when it is complete
+    } else if (!webkit_response_policy_decision_is_mime_type_supported(response))
+        webkit_policy_decision_ignore(decision);  // a TV saves no files
+    else
         return FALSE;
-    webkit_policy_decision_download(decision);
     return TRUE;
 }
 
