@@ -181,18 +181,8 @@ int main(int argc, char** argv)
     std::signal(SIGPIPE, SIG_IGN);  // a page that goes away closes its dvb: pipe
     Options options;
     options.product = "hbbtv-browser";
-    std::string error;
-    bool wantHelp = false;
-    if (!parseOptions(argc, argv, options, error, wantHelp)) {
-        std::fprintf(stderr, "hbbtv-browser: %s (see --help)\n", error.c_str());
-        return 2;
-    }
-    if (wantHelp) {
-        std::fputs(usage(options).c_str(), stdout);
-        return 0;
-    }
     Broadcast broadcast;
-    const int status = broadcast.prepare(options);
+    const int status = broadcast.prepare(argc, argv, options);
     if (status != Broadcast::PLAY)
         return status;
     g_setenv("NO_AT_BRIDGE", "1", TRUE);  // a TV has no accessibility bus to wait for

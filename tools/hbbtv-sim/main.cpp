@@ -12,18 +12,8 @@
 int main(int argc, char** argv)
 {
     Options options;
-    std::string error;
-    bool wantHelp = false;
-    if (!parseOptions(argc, argv, options, error, wantHelp)) {
-        std::fprintf(stderr, "hbbtv-sim: %s (see --help)\n", error.c_str());
-        return 2;
-    }
-    if (wantHelp) {
-        std::fputs(usage(options).c_str(), stdout);
-        return 0;
-    }
     Broadcast broadcast;
-    const int status = broadcast.prepare(options);
+    const int status = broadcast.prepare(argc, argv, options);
     if (status != Broadcast::PLAY)
         return status;
 

@@ -224,8 +224,11 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
 
 } // namespace
 
-int Broadcast::prepare(Options& options)
+int Broadcast::prepare(int argc, char** argv, Options& options)
 {
+    const int commandLine = readCommandLine(argc, argv, options);
+    if (commandLine != PLAY)
+        return commandLine;
     if (options.capture.empty() && !options.startUrl.empty())
         return loadScript(options);
     if (options.capture.empty())

@@ -15,10 +15,10 @@ class Broadcast {
 public:
     static const int PLAY = -1;
 
-    // Reads the capture and the script, printing the services unless in JSON; answers the
-    // options that only look at the capture (--dump-ait, --carousel-list, --carousel-extract).
-    // PLAY to go on, else the exit status.
-    int prepare(Options& options);
+    // Reads the command line, the capture and the script, printing the services unless in
+    // JSON; answers --help and the options that only look at the capture (--dump-ait,
+    // --carousel-list, --carousel-extract). PLAY to go on, else the exit status.
+    int prepare(int argc, char** argv, Options& options);
 
     std::vector<TimedSection> aitSections;
     std::vector<TimedSection> carouselSections;

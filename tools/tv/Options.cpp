@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 
@@ -275,4 +276,19 @@ bool OptionReader::read(std::string& error, bool& wantHelp)
 bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp)
 {
     return OptionReader(argc, argv, options).read(error, wantHelp);
+}
+
+int readCommandLine(int argc, char** argv, Options& options)
+{
+    std::string error;
+    bool wantHelp = false;
+    if (!parseOptions(argc, argv, options, error, wantHelp)) {
+        std::fprintf(stderr, "%s: %s (see --help)\n", options.product.c_str(), error.c_str());
+        return 2;
+    }
+    if (wantHelp) {
+        std::fputs(usage(options).c_str(), stdout);
+        return 0;
+    }
+    return -1;
 }

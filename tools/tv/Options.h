@@ -60,6 +60,10 @@ struct Options {
 bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp);
 std::string usage(const Options& options);
 
+// The command line of the program options.product names: -1 to go on, else the exit status
+// (0 after --help, 2 after a bad option, both reported).
+int readCommandLine(int argc, char** argv, Options& options);
+
 // A key by name (RED, GREEN, 0-9, A-Z, UP, ENTER, ...) or number; false when unknown.
 bool keyCode(const std::string& name, int32_t& code);
 
