@@ -206,10 +206,13 @@ TEST_F(BrowserTest, SampleMenuLaunchesTheSecondApplication)
 }
 
 // A broadcast-related page gets no key until it asks; the platform refuses one of its
-// requests, which never reaches the server; window.close() ends the application.
+// requests, which never reaches the server; its low-memory report reaches the page;
+// window.close() ends the application.
 TEST_F(BrowserTest, KeysRequestsAndCloseOfABroadcastPage)
 {
+    std::ofstream(dir + "/low-memory.script") << "tick 110\nlow-memory\n";
     const std::string out = browse(capture("probe/", "probe.html") + " --refuse '*secret*' --exit-after 200" +
+                                   " --script " + dir + "/low-memory.script" +
                                    " --key RED@40 --eval 'takeRed()@60' --key RED@90 --key YELLOW@91" +
                                    " --eval \"request('allowed.txt'), request('secret.txt')\"@100" +
                                    " --eval 'report()@130' --eval 'window.close()@150'");
@@ -220,6 +223,7 @@ TEST_F(BrowserTest, KeysRequestsAndCloseOfABroadcastPage)
     EXPECT_NE(out.find(R"(\"allowed.txt\":\"loaded 200\")"), std::string::npos) << out;
     EXPECT_NE(out.find(R"(\"secret.txt\":\"refused\")"), std::string::npos) << out;
     EXPECT_NE(out.find(R"(\"secret.txt fetch\":\"refused\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"lowMemory\":true)"), std::string::npos) << out;
     EXPECT_TRUE(server.asked("/probe/allowed.txt"));
     EXPECT_FALSE(server.asked("/probe/secret.txt"));
     EXPECT_NE(out.find("closes its window"), std::string::npos) << out;
@@ -232,12 +236,14 @@ TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
 {
     const std::string out = browse("--start-url '" + server.base() + "probe/probe.html' --exit-after 140" +
                                    " --eval \"owner().createApplication('catalogue.aitx', false) !== null\"@30" +
-                                   " --eval document.title@110");
+                                   " --eval \"(function () { try { document.createElement('object').getOwnerApplication(document); }"
+                                   " catch (e) { return e.name; } })()\"@40 --eval document.title@110");
     EXPECT_TRUE(server.asked("/probe/catalogue.aitx"));
     EXPECT_NE(out.find("XML AIT received in browser window"), std::string::npos) << out;
     EXPECT_NE(out.find("XML AIT handed to the platform: 1 application(s)"), std::string::npos) << out;
     EXPECT_NE(out.find("loaded: " + server.base() + "catalogue/index.html"), std::string::npos) << out;
     EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
+    EXPECT_NE(out.find("\"TypeError\""), std::string::npos) << "a plain object has no getOwnerApplication: " << out;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's

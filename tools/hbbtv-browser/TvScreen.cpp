@@ -98,7 +98,7 @@ void TvScreen::capture(const std::string& file, std::function<void(bool)> done)
     auto* job = new Capture{this, file, std::move(done), {}, {}};
     for (GtkWidget* view : views)
         if (gtk_widget_get_visible(view))
-            job->pending.push_back(WEBKIT_WEB_VIEW(view));
+            job->pending.push_back(WEBKIT_WEB_VIEW(g_object_ref(view)));  // a window may go meanwhile
     finish(job);
 }
 
@@ -134,5 +134,6 @@ void TvScreen::snapshotTaken(GObject* view, GAsyncResult* result, gpointer data)
     if (cairo_surface_t* layer = webkit_web_view_get_snapshot_finish(WEBKIT_WEB_VIEW(view), result, &error))
         job->layers.push_back(layer);
     g_clear_error(&error);
+    g_object_unref(view);
     finish(job);
 }

@@ -88,9 +88,13 @@ WebKitCore::~WebKitCore()
 {
     while (!views.empty())
         windowDestroyed(views.begin()->first);
-    for (auto& entry : streams)
+    for (auto& entry : streams) {
+        if (entry.second->watch)
+            g_source_remove(entry.second->watch);
         if (entry.second->pipeIn >= 0)
             close(entry.second->pipeIn);
+        g_object_unref(entry.second->request);
+    }
     g_signal_handlers_disconnect_by_data(context, this);
     g_object_unref(context);
 }
