@@ -112,9 +112,12 @@ private:
     {
         TvPlatform& tv = TvPlatform::get();
         const uint64_t now = tv.currentTick();
-        if (!core.busy() && !waiting)
-            takeDue(now);
-        if (options.exitAfter && now > options.exitAfter && !waiting && screenshots.empty() && evaluations.empty()) {
+        if (!waiting)
+            takeDue(now, !core.busy());
+        const bool pending = waiting || !screenshots.empty() || !evaluations.empty();
+        if (options.exitAfter && now > options.exitAfter && (!pending || now > options.exitAfter + PATIENCE_TICKS)) {
+            if (pending)
+                out.say("a screenshot or a script never completed: the pages did not settle");
             out.say(memoryReport());
             g_main_loop_quit(loop);
             return G_SOURCE_REMOVE;
@@ -123,11 +126,17 @@ private:
         return G_SOURCE_CONTINUE;
     }
 
-    // Everything whose tick has come; one at a time, so each sees the screen settled.
-    void takeDue(uint64_t now)
+    // Whose tick has come, once the pages have settled (or have had their time); one at a
+    // time, so that each sees the screen as it is.
+    static bool due(const TimedText& item, uint64_t now, bool settled)
+    {
+        return item.tick <= now && (settled || now > item.tick + PATIENCE_TICKS);
+    }
+
+    void takeDue(uint64_t now, bool settled)
     {
         for (auto it = evaluations.begin(); it != evaluations.end(); ++it)
-            if (it->tick <= now) {
+            if (due(*it, now, settled)) {
                 const std::string script = it->text;
                 evaluations.erase(it);
                 ++waiting;
@@ -139,7 +148,7 @@ private:
                 return;
             }
         for (auto it = screenshots.begin(); it != screenshots.end(); ++it)
-            if (it->tick <= now) {
+            if (due(*it, now, settled)) {
                 const std::string file = it->text;
                 screenshots.erase(it);
                 ++waiting;
@@ -163,6 +172,8 @@ private:
     }
 
     static const guint SETTLE_MS = 150;
+    // A page that never finishes loading, or a script that never returns, is waited for this long.
+    static const uint64_t PATIENCE_TICKS = 250;
 
     const Options& options;
     Timeline& out;

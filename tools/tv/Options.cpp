@@ -29,7 +29,7 @@ std::string usage(const Options& options)
                "\n"
                "  --start-url URL         no capture: start a broadcast-independent application\n"
                "  --screenshot FILE@TICK  write a PNG of the screen once the tick has come and\n"
-               "                          the pages have loaded; repeatable\n"
+               "                          the pages have loaded (at most 250 ticks later); repeatable\n"
                "  --eval SCRIPT@TICK      print what SCRIPT gives in the active page; repeatable\n"
                "  --exit-after TICK       quit after that tick (default: when the window closes)\n"
                "  --tick-ms N             milliseconds between ticks (default 20)\n"
