@@ -231,19 +231,22 @@ TEST_F(BrowserTest, KeysRequestsAndCloseOfABroadcastPage)
 }
 
 // A page loads an XML AIT, as createApplication of an .aitx URL does: the core reads it and
-// hands it over, and the library starts the application it signals.
+// hands it over, and the library starts the application it signals. The page's user agent
+// carries the library's extension; a manager method on another object is a TypeError.
 TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
 {
     const std::string out = browse("--start-url '" + server.base() + "probe/probe.html' --exit-after 140" +
                                    " --eval \"owner().createApplication('catalogue.aitx', false) !== null\"@30" +
                                    " --eval \"(function () { try { document.createElement('object').getOwnerApplication(document); }"
-                                   " catch (e) { return e.name; } })()\"@40 --eval document.title@110");
+                                   " catch (e) { return e.name; } })()\"@40 --eval navigator.userAgent@40"
+                                   " --eval document.title@110");
     EXPECT_TRUE(server.asked("/probe/catalogue.aitx"));
     EXPECT_NE(out.find("XML AIT received in browser window"), std::string::npos) << out;
     EXPECT_NE(out.find("XML AIT handed to the platform: 1 application(s)"), std::string::npos) << out;
     EXPECT_NE(out.find("loaded: " + server.base() + "catalogue/index.html"), std::string::npos) << out;
     EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
     EXPECT_NE(out.find("\"TypeError\""), std::string::npos) << "a plain object has no getOwnerApplication: " << out;
+    EXPECT_NE(out.find(" HbbTV/1.1.1 (; tesmo; hbbtv-browser; ; ; )\""), std::string::npos) << out;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's
