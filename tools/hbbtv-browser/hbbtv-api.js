@@ -146,11 +146,11 @@
     var REFUSED = 1;
     var open = XMLHttpRequest.prototype.open;
     var send = XMLHttpRequest.prototype.send;
-    var refused = new WeakSet();
-    XMLHttpRequest.prototype.open = function (method, url) {
+    var refused = new WeakMap();  // request -> whether it was opened asynchronously
+    XMLHttpRequest.prototype.open = function (method, url, async) {
         var target = new URL(url, document.baseURI).href;
         if (call('request', target).result === REFUSED)
-            refused.add(this);
+            refused.set(this, async !== false);
         else
             refused.delete(this);
         return open.apply(this, arguments);
@@ -158,6 +158,8 @@
     XMLHttpRequest.prototype.send = function () {
         if (!refused.has(this))
             return send.apply(this, arguments);
+        if (!refused.get(this))
+            throw new DOMException('The TV refused the request', 'NetworkError');
         var request = this;
         setTimeout(function () { request.dispatchEvent(new ProgressEvent('error')); }, 0);
     };
