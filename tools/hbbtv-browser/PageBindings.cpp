@@ -103,11 +103,6 @@ const std::map<std::string, Binding>& bindings()
 
 } // namespace
 
-bool PageBindings::knows(const std::string& name)
-{
-    return bindings().count(name) != 0;
-}
-
 PageBindings::Answer PageBindings::answer(const Page& page, const Call& call)
 {
     auto found = bindings().find(call.name);

@@ -28,8 +28,6 @@ public:
     };
 
     static Answer answer(const Page& page, const Call& call);
-    // Whether the name is one of the library's (the rest are the browser's own).
-    static bool knows(const std::string& name);
 };
 
 #endif

@@ -70,7 +70,7 @@ struct WebKitCore::Stream {
 };
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& apiScript)
-    : screen(tvScreen), clockStart(std::chrono::steady_clock::now())
+    : screen(tvScreen)
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const PageBindings::Call& call) {
         return pageCall(page, call);
@@ -114,11 +114,8 @@ void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
     auto* webView = WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(context));
     const GdkRGBA transparent = {0, 0, 0, 0};
     webkit_web_view_set_background_color(webView, &transparent);
-    WebKitSettings* settings = webkit_web_view_get_settings(webView);
-    webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
-    if (!userAgentExtension.empty())
-        webkit_settings_set_user_agent(settings,
-                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + userAgentExtension).c_str());
+    webkit_settings_set_allow_file_access_from_file_urls(webkit_web_view_get_settings(webView), FALSE);
+    applyUserAgent(webView);
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
     g_signal_connect(webView, "close", G_CALLBACK(closeRequested), this);
@@ -162,12 +159,18 @@ void WebKitCore::historyCleared(DAXO_TesmoWindow*) {}
 void WebKitCore::userAgentChanged(const std::string& extension)
 {
     userAgentExtension = extension;
-    for (auto& entry : views) {
-        WebKitSettings* settings = webkit_web_view_get_settings(entry.second->webView);
-        webkit_settings_set_user_agent(settings, nullptr);
+    for (auto& entry : views)
+        applyUserAgent(entry.second->webView);
+}
+
+// WebKit's own user agent, with the library's extension after it.
+void WebKitCore::applyUserAgent(WebKitWebView* webView)
+{
+    WebKitSettings* settings = webkit_web_view_get_settings(webView);
+    webkit_settings_set_user_agent(settings, nullptr);
+    if (!userAgentExtension.empty())
         webkit_settings_set_user_agent(settings,
-                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + extension).c_str());
-    }
+                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + userAgentExtension).c_str());
 }
 
 // ---------------------------------------------------------------- loads

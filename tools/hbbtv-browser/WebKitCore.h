@@ -61,6 +61,7 @@ private:
 
     PageBindings::Answer pageCall(guint64 pageId, const PageBindings::Call& call);
     View* viewOf(WebKitWebView* webView);
+    void applyUserAgent(WebKitWebView* webView);
     void toPage(WebKitWebView* view, const std::string& script);
 
     // WebKit's signals

@@ -2,9 +2,6 @@
 // browser core. The library, the platform and the tick loop run on the GTK main thread;
 // pages run in WebKit's web processes.
 
-#include <dirent.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -14,6 +11,7 @@
 #include "Broadcast.h"
 #include "Options.h"
 #include "Timeline.h"
+#include "TickLoop.h"
 #include "TvPlatform.h"
 #include "TvScreen.h"
 #include "WebKitCore.h"
@@ -61,130 +59,6 @@ std::string readFile(const std::string& path)
     return text.str();
 }
 
-// A process's share of the memory it uses, shared libraries divided among their users, so
-// that the processes' figures add up.
-long proportionalKiB(const std::string& process)
-{
-    std::ifstream in("/proc/" + process + "/smaps_rollup");
-    std::string line;
-    while (std::getline(in, line))
-        if (line.compare(0, 4, "Pss:") == 0)
-            return std::atol(line.c_str() + 4);
-    return 0;
-}
-
-// The browser's memory: this process, and WebKit's processes that it started.
-std::string memoryReport()
-{
-    const std::string self = std::to_string(getpid());
-    long children = 0;
-    int count = 0;
-    if (DIR* proc = opendir("/proc")) {
-        while (dirent* entry = readdir(proc)) {
-            std::ifstream stat(std::string("/proc/") + entry->d_name + "/stat");
-            std::string pid, name, state, parent;
-            if (stat >> pid >> name >> state >> parent && parent == self) {
-                children += proportionalKiB(entry->d_name);
-                ++count;
-            }
-        }
-        closedir(proc);
-    }
-    const long own = proportionalKiB("self");
-    return "memory (proportional set size): hbbtv-browser " + std::to_string(own) + " KiB, " + std::to_string(count) +
-           " WebKit process(es) " + std::to_string(children) + " KiB, " + std::to_string(own + children) + " KiB in all";
-}
-
-// The tick loop, and what the options ask for at given ticks: a screenshot or a script's
-// value once the pages have settled after that tick.
-class Run {
-public:
-    Run(const Options& options, Timeline& timeline, WebKitCore& core, TvScreen& screen, GMainLoop* loop)
-        : options(options), out(timeline), core(core), screen(screen), loop(loop), screenshots(options.screenshots),
-          evaluations(options.evaluations)
-    {
-    }
-
-    static gboolean tick(gpointer self) { return static_cast<Run*>(self)->step(); }
-
-private:
-    gboolean step()
-    {
-        TvPlatform& tv = TvPlatform::get();
-        const uint64_t now = tv.currentTick();
-        if (!waiting)
-            takeDue(now, !core.busy());
-        const bool pending = waiting || !screenshots.empty() || !evaluations.empty();
-        if (options.exitAfter && now > options.exitAfter && (!pending || now > options.exitAfter + PATIENCE_TICKS)) {
-            if (pending)
-                out.say("a screenshot or a script never completed: the pages did not settle");
-            out.say(memoryReport());
-            g_main_loop_quit(loop);
-            return G_SOURCE_REMOVE;
-        }
-        tv.step();
-        return G_SOURCE_CONTINUE;
-    }
-
-    // Whose tick has come, once the pages have settled (or have had their time); one at a
-    // time, so that each sees the screen as it is.
-    static bool due(const TimedText& item, uint64_t now, bool settled)
-    {
-        return item.tick <= now && (settled || now > item.tick + PATIENCE_TICKS);
-    }
-
-    void takeDue(uint64_t now, bool settled)
-    {
-        for (auto it = evaluations.begin(); it != evaluations.end(); ++it)
-            if (due(*it, now, settled)) {
-                const std::string script = it->text;
-                evaluations.erase(it);
-                ++waiting;
-                core.evaluate(script, [this, script](const std::string& value) {
-                    out.say("eval " + script + ": " + value);
-                    out.record(JsonLine().field("eval", script).raw("value", JsonLine::quote(value)));
-                    --waiting;
-                });
-                return;
-            }
-        for (auto it = screenshots.begin(); it != screenshots.end(); ++it)
-            if (due(*it, now, settled)) {
-                const std::string file = it->text;
-                screenshots.erase(it);
-                ++waiting;
-                g_timeout_add(SETTLE_MS, capture, new std::pair<Run*, std::string>(this, file));
-                return;
-            }
-    }
-
-    static gboolean capture(gpointer data)
-    {
-        auto* job = static_cast<std::pair<Run*, std::string>*>(data);
-        Run* self = job->first;
-        const std::string file = job->second;
-        delete job;
-        self->screen.capture(file, [self, file](bool written) {
-            self->out.say(written ? "screenshot " + file : "screenshot " + file + " could not be written");
-            self->out.record(JsonLine().field("screenshot", file).field("written", written ? 1 : 0));
-            --self->waiting;
-        });
-        return G_SOURCE_REMOVE;
-    }
-
-    static const guint SETTLE_MS = 150;
-    // A page that never finishes loading, or a script that never returns, is waited for this long.
-    static const uint64_t PATIENCE_TICKS = 250;
-
-    const Options& options;
-    Timeline& out;
-    WebKitCore& core;
-    TvScreen& screen;
-    GMainLoop* loop;
-    std::vector<TimedText> screenshots;
-    std::vector<TimedText> evaluations;
-    int waiting = 0;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -219,8 +93,8 @@ int main(int argc, char** argv)
         tv.start(std::move(broadcast.aitSections), std::move(broadcast.carouselSections), broadcast.ids,
                  std::move(broadcast.script));
         core.startClock();
-        Run run(options, timeline, core, screen, loop);
-        g_timeout_add(guint(options.tickMs), Run::tick, &run);
+        TickLoop ticks(options, timeline, core, screen, loop);
+        g_timeout_add(guint(options.tickMs), TickLoop::tick, &ticks);
         g_main_loop_run(loop);
         tv.stop();
         theCore = nullptr;

@@ -230,7 +230,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     if (commandLine != PLAY)
         return commandLine;
     if (options.capture.empty() && !options.startUrl.empty())
-        return loadScript(options);
+        return readScript(options);
     if (options.capture.empty())
         useSample(options);
 
@@ -259,7 +259,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
         dumpAit(aitSections);
         return 0;
     }
-    const int scriptProblem = loadScript(options);
+    const int scriptProblem = readScript(options);
     if (scriptProblem != PLAY)
         return scriptProblem;
     if (!options.json && !note.empty())
@@ -274,10 +274,10 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     return PLAY;
 }
 
-int Broadcast::loadScript(const Options& options)
+int Broadcast::readScript(const Options& options)
 {
     std::string error;
-    if (!options.script.empty() && !::loadScript(options.script, script, error))
+    if (!options.script.empty() && !loadScript(options.script, script, error))
         return fail(options, error);
     if (!options.startUrl.empty())
         script.insert(script.begin(), {0, "start-url", options.startUrl, 0});

@@ -27,7 +27,7 @@ public:
     std::vector<ScriptAction> script;
 
 private:
-    int loadScript(const Options& options);
+    int readScript(const Options& options);
 };
 
 #endif
