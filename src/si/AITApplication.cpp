@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "api/ConfigurationManager.h"
@@ -21,6 +22,19 @@ uint8_t labelOf(const SectionReader& descriptor)
 bool isUsable(const AITApplicationTransport& transport, bool broadbandAvailable)
 {
     return broadbandAvailable || transport.getProtocolId() != AITApplicationTransport::HTTP;
+}
+
+// The length of a name descriptor's first name. Its length byte is checked against the end
+// of the descriptor loop only, not the descriptor's own length; nothing when the name does
+// not fit the loop, which fails the entry.
+std::optional<size_t> firstNameLength(const SectionReader& descriptor, size_t loopRemaining)
+{
+    if (loopRemaining <= 5)
+        return std::nullopt;
+    const size_t length = descriptor.peek(5);
+    if (6 + length > loopRemaining)
+        return std::nullopt;
+    return length;
 }
 
 enum DescriptorTag : uint8_t {
@@ -48,7 +62,8 @@ std::unique_ptr<AITApplication> AITApplication::allocate(AIT* ait, size_t nameRo
     return std::unique_ptr<AITApplication>(new (block) AITApplication(ait, room, nameRoom, locationRoom));
 }
 
-// Names and locations are never longer than the descriptors that hold them.
+// A location is never longer than its descriptor. A name may run past its descriptor to
+// the end of the loop, so its room is what parseName() will take.
 std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, SectionReader entry)
 {
     size_t nameRoom = 0;
@@ -56,7 +71,7 @@ std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, SectionReader e
     const size_t loopEnd = 9 + (size_t(entry.peek(7) & 0x0F) << 8 | entry.peek(8));
     for (size_t offset = 9; offset + 2 <= loopEnd && entry.canRead(offset + 2); offset += 2 + entry.peek(offset + 1)) {
         if (entry.peek(offset) == APPLICATION_NAME)
-            nameRoom += entry.peek(offset + 1);
+            nameRoom += firstNameLength(entry.at(offset), loopEnd - offset).value_or(0);
         else if (entry.peek(offset) == SIMPLE_APPLICATION_LOCATION)
             locationRoom += entry.peek(offset + 1);
     }
@@ -138,12 +153,10 @@ bool AITApplication::parseDescriptor(SectionReader descriptor, size_t loopRemain
 // concatenated, which receivers in the field show as one name.
 bool AITApplication::parseName(SectionReader descriptor, size_t loopRemaining)
 {
-    if (loopRemaining <= 5)
+    const std::optional<size_t> nameLength = firstNameLength(descriptor, loopRemaining);
+    if (!nameLength)
         return false;
-    const size_t nameLength = descriptor.peek(5);
-    if (6 + nameLength > loopRemaining)
-        return false;
-    descriptor.at(6).appendTo(name, nameLength);
+    descriptor.at(6).appendTo(name, *nameLength);
     return true;
 }
 

@@ -43,6 +43,23 @@ TEST_F(PlatformEventsTest, TableArrivingInPiecesAndOutOfOrderIsActivatedWhenComp
     EXPECT_THAT(openedUrls(), ElementsAre("http://part0.tv/"));
 }
 
+// A name's length byte is held against the end of the descriptor loop, not its own
+// descriptor: here the name takes the location descriptor that follows as its text.
+TEST_F(PlatformEventsTest, NameRunningPastItsDescriptorKeepsItsBytesInTheUpdate)
+{
+    const Bytes nameThenLocation = AITSection()
+                                       .application(App(0x10, 1, 1)
+                                                        .with(descriptor(0x01, {'e', 'n', 'g', 7}))
+                                                        .with(locationDescriptor("index")))
+                                       .bytes();
+    postSection(nameThenLocation);
+    tickAll();
+    const std::vector<Notice> updates = platform().ofType(HBBTV_NOTIFICATION_AIT_UPDATE);
+    ASSERT_EQ(updates.size(), 1u);
+    ASSERT_EQ(updates[0].applications.size(), 1u);
+    EXPECT_EQ(updates[0].applications[0].name, "\x15\x05index");
+}
+
 TEST_F(PlatformEventsTest, RepeatedVersionChangesNothingANewVersionIsActivated)
 {
     postSection(autostartSection(1));
