@@ -9,6 +9,11 @@
  * the browser thread, the one that calls tesmo_hbbtv_tick. tesmo_hbbtv_init and
  * tesmo_hbbtv_shutdown must not overlap any other call on the browser thread.
  *
+ * Released windows: tesmo_hbbtv_release_window drops the queued events that name the window
+ * (start by identifiers, start by URL, terminate): they never run, and the record and URL
+ * they own are freed. A later window may stand at the same address, so a handle used after
+ * its release, in an event or a call, is the platform's error: it may reach that window.
+ *
  * Calling back: notification listeners, the script listeners set with
  * native_ApplicationManagerSetListener and native_ApplicationManagerSetAppDestroyedListener,
  * and stream-event callbacks run inside the library call that raised them. They may call

@@ -63,6 +63,23 @@ void ExternalEvent::execute()
     dispatch(owned.get());
 }
 
+bool ExternalEvent::forgetWindow(const Window* window)
+{
+    if (!data)
+        return false;
+    switch (type) {
+    case HBBTV_EVENT_START_APPLICATION: return data->start_application.window == window;
+    case HBBTV_EVENT_TERMINATE_APPLICATION: return data->terminate_application.window == window;
+    case HBBTV_EVENT_START_BROADCAST_INDEPENDENT:
+        if (data->start_broadcast_independent.window != window)
+            return false;
+        std::free(data->start_broadcast_independent.url);
+        data->start_broadcast_independent.url = nullptr;
+        return true;
+    default: return false;
+    }
+}
+
 void ExternalEvent::dispatch(HBBTV_EventData* event)
 {
     switch (type) {

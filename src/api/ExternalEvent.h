@@ -21,6 +21,9 @@ public:
     ExternalEvent& operator=(const ExternalEvent&) = delete;
 
     void execute() override;
+    // Events 2, 3 and 4 name a window. A forgotten start frees its URL, which no one else
+    // could.
+    bool forgetWindow(const Window* window) override;
 
 private:
     void dispatch(HBBTV_EventData* event);

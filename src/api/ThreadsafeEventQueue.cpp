@@ -1,5 +1,7 @@
 #include "api/ThreadsafeEventQueue.h"
 
+#include <vector>
+
 namespace TesmoHbbTV {
 
 ThreadsafeEventQueue::ThreadsafeEventQueue()
@@ -33,6 +35,21 @@ ThreadsafeEventQueue::Event* ThreadsafeEventQueue::getFirst()
     pthread_mutex_unlock(&mutex);
     return first;
 }
+
+void ThreadsafeEventQueue::forgetEventsFor(const Window* window)
+{
+    std::vector<std::unique_ptr<Event>> dropped;
+    pthread_mutex_lock(&mutex);
+    for (auto it = events.begin(); it != events.end();) {
+        if ((*it)->forgetWindow(window)) {
+            dropped.push_back(std::move(*it));
+            it = events.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    pthread_mutex_unlock(&mutex);
+}  // dropped events are deleted here, outside the lock
 
 bool ThreadsafeEventQueue::executeFirst()
 {

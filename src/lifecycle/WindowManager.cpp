@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "api/ConfigurationManager.h"
+#include "api/ThreadsafeEventQueue.h"
 #include "bindings/ApplicationManagerBindings.h"
 #include "lifecycle/Application.h"
 #include "lifecycle/ApplicationPolicyHbbTV.h"
@@ -65,6 +67,8 @@ bool WindowManager::removeWindow(Window* window)
     // Unreachable at once; a listener that released it may be running inside one of its
     // calls, so it is torn down when the outermost library call returns.
     forgetWindow(window);
+    if (ThreadsafeEventQueue* queue = ConfigurationManager::existingEventQueue())
+        queue->forgetEventsFor(window);
     EntryGuard::dispose(window);
     return true;
 }
