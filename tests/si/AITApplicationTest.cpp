@@ -35,27 +35,6 @@ std::vector<std::string> urls(const AITApplication& app)
     return out;
 }
 
-TEST(AITApplicationTest, ReadsTheEntryAndItsDescriptors)
-{
-    ref_ptr<AIT> ait = tableOf(App(0x141, 0x1000, 1)
-                                   .with(applicationDescriptor(labels({1, 2})))
-                                   .with(nameDescriptor("ABC"))
-                                   .with(httpTransport(1, "http://hbbtv.example/"))
-                                   .with(carouselTransport(2, 5))
-                                   .with(locationDescriptor("index.html?autostart=abc"))
-                                   .with(boundaryDescriptor({"http://other.example/x"})));
-    ASSERT_EQ(ait->getNumApplications(), 1u);
-    const AITApplication& app = *ait->getAITApplication(0u);
-    EXPECT_EQ(app.getOrganisationIdentifier(), 0x141u);
-    EXPECT_EQ(app.getApplicationIdentifier(), 0x1000);
-    EXPECT_EQ(app.getControlCode(), AITApplication::AUTOSTART);
-    EXPECT_EQ(app.getApplicationName(), "ABC");
-    EXPECT_EQ(app.getApplicationUsageType(), AITApplication::NO_USAGE);
-    EXPECT_EQ(urls(app), (std::vector<std::string>{"http://hbbtv.example/index.html?autostart=abc",
-                                                   "dvb://1.2.3.5/index.html?autostart=abc"}));
-    EXPECT_TRUE(app.getApplicationDomain()->isWithinBoundaries("http://other.example/page"));
-}
-
 TEST(AITApplicationTest, LocationBeforeOrAfterTheTransportGivesTheSameUrl)
 {
     const Bytes transport = httpTransport(1, "http://tv/");
