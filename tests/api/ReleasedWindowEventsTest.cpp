@@ -1,11 +1,12 @@
 // Platform events that name a window, still queued when the browser thread releases that
 // window, must not reach a new window that the allocator places at the same address. This
-// binary hands a released window's block to the next allocation of its size, as a busy
-// allocator may, so that the new window really stands where the old one stood.
+// binary wraps operator new and delete at link time (every sanitizer's runtime defines its
+// own, so they cannot be replaced) and hands a released window's block to the next
+// allocation of its size, as a busy allocator may, so that the new window really stands
+// where the old one stood.
 
 #include <atomic>
-#include <cstdlib>
-#include <new>
+#include <cstdint>
 #include <thread>
 
 #include "BroadcastFixture.h"
@@ -28,34 +29,49 @@ void* takeParked(std::size_t size)
     return nullptr;
 }
 
-void releaseBlock(void* block)
+bool park(void* block)
 {
     void* watched = block;
-    if (block && watchedBlock.compare_exchange_strong(watched, nullptr))
-        parkedBlock.store(block);
-    else
-        std::free(block);
+    if (!block || !watchedBlock.compare_exchange_strong(watched, nullptr))
+        return false;
+    parkedBlock.store(block);
+    return true;
 }
 
 } // namespace
 
-void* operator new(std::size_t size)
+// The mangled names of operator new(size_t), delete(void*) and delete(void*, size_t).
+#if SIZE_MAX == UINT32_MAX
+#define NEW_SYMBOL(prefix) prefix##_Znwj
+#define SIZED_DELETE_SYMBOL(prefix) prefix##_ZdlPvj
+#else
+#define NEW_SYMBOL(prefix) prefix##_Znwm
+#define SIZED_DELETE_SYMBOL(prefix) prefix##_ZdlPvm
+#endif
+
+extern "C" {
+void* NEW_SYMBOL(__real_)(std::size_t size);
+void __real__ZdlPv(void* block);
+void SIZED_DELETE_SYMBOL(__real_)(void* block, std::size_t size);
+
+void* NEW_SYMBOL(__wrap_)(std::size_t size)
 {
     if (void* block = takeParked(size))
         return block;
-    if (void* block = std::malloc(size ? size : 1))
-        return block;
-    throw std::bad_alloc();
+    return NEW_SYMBOL(__real_)(size);
 }
 
-void operator delete(void* block) noexcept
+void __wrap__ZdlPv(void* block)
 {
-    releaseBlock(block);
+    if (!park(block))
+        __real__ZdlPv(block);
 }
 
-void operator delete(void* block, std::size_t) noexcept
+void SIZED_DELETE_SYMBOL(__wrap_)(void* block, std::size_t size)
 {
-    releaseBlock(block);
+    if (!park(block))
+        SIZED_DELETE_SYMBOL(__real_)(block, size);
+}
 }
 
 namespace {
