@@ -7,15 +7,16 @@ namespace {
 const char* const INTROSPECTION = R"(<node>
   <interface name="tv.tesmo.Browser">
     <method name="Call">
-      <arg type="s" name="name" direction="in"/>
       <arg type="t" name="page" direction="in"/>
-      <arg type="s" name="text" direction="in"/>
-      <arg type="d" name="a" direction="in"/>
-      <arg type="d" name="b" direction="in"/>
-      <arg type="i" name="result" direction="out"/>
-      <arg type="d" name="number" direction="out"/>
+      <arg type="s" name="name" direction="in"/>
+      <arg type="s" name="arguments" direction="in"/>
       <arg type="s" name="answer" direction="out"/>
     </method>
+    <signal name="Event">
+      <arg type="t" name="page"/>
+      <arg type="s" name="name"/>
+      <arg type="s" name="payload"/>
+    </signal>
   </interface>
 </node>)";
 
@@ -43,6 +44,10 @@ ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandle
 
 ScriptChannel::~ScriptChannel()
 {
+    for (GDBusConnection* connection : connections) {
+        g_signal_handlers_disconnect_by_data(connection, this);
+        g_object_unref(connection);
+    }
     if (server) {
         g_dbus_server_stop(server);
         g_object_unref(server);
@@ -67,11 +72,12 @@ gboolean ScriptChannel::newConnection(GDBusServer*, GDBusConnection* connection,
     static const GDBusInterfaceVTable vtable = {methodCall, nullptr, nullptr, {}};
     GError* error = nullptr;
     // The connection lives as long as its registration: until the web process goes.
-    g_object_ref(connection);
-    g_signal_connect(connection, "closed", G_CALLBACK(+[](GDBusConnection* closed, gboolean, GError*, gpointer) {
+    self->connections.insert(G_DBUS_CONNECTION(g_object_ref(connection)));
+    g_signal_connect(connection, "closed", G_CALLBACK(+[](GDBusConnection* closed, gboolean, GError*, gpointer channel) {
+                         static_cast<ScriptChannel*>(channel)->connections.erase(closed);
                          g_object_unref(closed);
                      }),
-                     nullptr);
+                     self);
     if (!g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0], &vtable, self, nullptr,
                                            &error)) {
         g_warning("a page's channel could not be set up: %s", error->message);
@@ -84,14 +90,17 @@ void ScriptChannel::methodCall(GDBusConnection*, const char*, const char*, const
                                GVariant* parameters, GDBusMethodInvocation* invocation, gpointer data)
 {
     auto* self = static_cast<ScriptChannel*>(data);
-    const char* name = nullptr;
-    const char* text = nullptr;
     guint64 page = 0;
-    PageBindings::Call call;
-    g_variant_get(parameters, "(&st&sdd)", &name, &page, &text, &call.a, &call.b);
-    call.name = name;
-    call.text = text;
-    const PageBindings::Answer answer = self->handler(page, call);
-    g_dbus_method_invocation_return_value(invocation,
-                                          g_variant_new("(ids)", answer.result, answer.number, answer.text.c_str()));
+    const char* name = nullptr;
+    const char* arguments = nullptr;
+    g_variant_get(parameters, "(t&s&s)", &page, &name, &arguments);
+    const std::string answer = self->handler(page, name, arguments);
+    g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", answer.c_str()));
+}
+
+void ScriptChannel::emitEvent(guint64 pageId, const std::string& name, const std::string& payloadJson)
+{
+    for (GDBusConnection* connection : connections)
+        g_dbus_connection_emit_signal(connection, nullptr, OBJECT_PATH, "tv.tesmo.Browser", "Event",
+                                      g_variant_new("(tss)", pageId, name.c_str(), payloadJson.c_str()), nullptr);
 }

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <set>
 
+#include "RemoteKeys.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
@@ -25,23 +26,44 @@ std::string engineType(const std::string& mime)
 }
 const int32_t CONNECTION_FAILED = 3;
 
-// The receiver's key symbols as the page sees them, as DOM keyCodes.
-int domKeyCode(DAXO_KEY_SYM key)
-{
-    static const std::map<DAXO_KEY_SYM, int> codes = {
-        {403, 403},   {404, 404},   {502, 405},   {406, 406},   {57385, 38},  {57386, 40},  {57387, 37},
-        {57388, 39},  {461, 13},    {57399, 461}, {412, 412},   {413, 413},   {19, 19},     {415, 415},
-        {463, 402},   {473, 417},   {57383, 33},  {57384, 34},  {457, 457}};
-    auto found = codes.find(key);
-    return found == codes.end() ? int(key) : found->second;
-}
-
-// Names a page may ask about without the timeline hearing of it.
+// Calls a page makes to ask, which the timeline does not tell.
 bool isQuestion(const std::string& name)
 {
-    static const std::set<std::string> questions = {"getOwnerApplication", "keysetValue", "keysetMaximum",
-                                                    "getFreeMem", "currentChannel"};
+    static const std::set<std::string> questions = {"ApplicationManager.getOwnerApplication", "KeySet.value",
+                                                    "KeySet.maximumValue", "PrivateData.getFreeMem",
+                                                    "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
+                                                    "Requests.vet", "Page.painted"};
     return questions.count(name) != 0;
+}
+
+// The page objects' scripts, the bridge first, each with the URI its errors name.
+GVariant* pageScripts(const std::string& directory)
+{
+    static const char* const files[] = {"bridge.js", "keys.js", "application-manager.js", "stream-events.js",
+                                        "requests.js", "page.js"};
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
+    for (const char* file : files) {
+        const std::string path = directory + "/" + file;
+        char* source = nullptr;
+        if (!g_file_get_contents(path.c_str(), &source, nullptr, nullptr))
+            g_warning("the page script %s is missing", path.c_str());
+        char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
+        g_variant_builder_add(&builder, "(ss)", uri ? uri : path.c_str(), source ? source : "(function () {})");
+        g_free(uri);
+        g_free(source);
+    }
+    return g_variant_builder_end(&builder);
+}
+
+std::string jsonText(const std::string& text)
+{
+    JsonNode* node = json_node_init_string(json_node_alloc(), text.c_str());
+    char* json = json_to_string(node, FALSE);
+    const std::string result = json;
+    g_free(json);
+    json_node_unref(node);
+    return result;
 }
 
 } // namespace
@@ -69,16 +91,18 @@ struct WebKitCore::Stream {
     guint watch = 0;
 };
 
-WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& apiScript)
+WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory)
     : screen(tvScreen)
 {
-    channel = std::make_unique<ScriptChannel>([this](guint64 page, const PageBindings::Call& call) {
-        return pageCall(page, call);
+    channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
+        return pageCall(page, name, arguments);
     });
+    coreMethods = {{"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }}};
+    objects.add(coreMethods);
     context = webkit_web_context_new();
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
-        context, g_variant_new("(ss)", channel->address().c_str(), apiScript.c_str()));
+        context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
     webkit_web_context_register_uri_scheme(context, "dvb", dvbRequest, this, nullptr);
     webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context), "dvb");
     g_signal_connect(context, "download-started", G_CALLBACK(downloadStarted), this);
@@ -495,58 +519,67 @@ void WebKitCore::endStream(void* handle)
 
 // ---------------------------------------------------------------- pages
 
-PageBindings::Answer WebKitCore::pageCall(guint64 pageId, const PageBindings::Call& call)
+std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const std::string& arguments)
 {
     View* view = nullptr;
     for (auto& entry : views)
         if (webkit_web_view_get_page_id(entry.second->webView) == pageId)
             view = entry.second.get();
     if (!view)
-        return {3, 0, "the page has no browser window"};
-    if (call.name == "painted") {
-        if (!painted) {
-            painted = true;
-            const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
-            out->say("first paint in " + windowName(view->window) + ": " + std::to_string(ms.count()) +
-                     " ms after the first AIT section (or the start)");
-        }
-        return {0, 0, ""};
-    }
+        return "null";
     const char* uri = webkit_web_view_get_uri(view->webView);
-    const PageBindings::Answer answer =
-        PageBindings::answer({view->window, handleOf(view->window), uri ? uri : ""}, call);
-    out->record(JsonLine().field("page_call", call.name).field("text", call.text).field("a", (long long)call.a)
-                    .field("b", (long long)call.b).field("result", answer.result).field("number", (long long)answer.number));
-    if (call.name == "request" && answer.result == 1)
-        out->say("the page's request for " + call.text + " is refused");
-    else if (call.name != "request" && !isQuestion(call.name))
-        out->say("the page calls " + call.name + (call.text.empty() ? "" : " " + call.text) + ": result " +
-                 std::to_string(answer.result));
+    const std::string answer = objects.call({view->window, handleOf(view->window), uri ? uri : ""}, name, arguments);
+    describeCall(*view, name, arguments, answer);
     return answer;
 }
 
-void WebKitCore::toPage(WebKitWebView* webView, const std::string& script)
+void WebKitCore::describeCall(const View& view, const std::string& name, const std::string& arguments,
+                              const std::string& answer)
 {
-    const std::string guarded = "window.__tesmoEvent && __tesmoEvent(" + script + ")";
-    webkit_web_view_evaluate_javascript(webView, guarded.c_str(), -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+    if (name == "Page.painted")
+        return;
+    out->record(JsonLine().field("page_call", name).field("arguments", arguments).field("answer", answer));
+    if (name == "Requests.vet" && answer == "false")
+        out->say("the page's request for " + arguments.substr(2, arguments.size() - 4) + " is refused");
+    else if (!isQuestion(name))
+        out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window) + ")");
 }
 
+JsonNode* WebKitCore::painted(const PageContext& page)
+{
+    if (!firstPaintSeen) {
+        firstPaintSeen = true;
+        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
+        out->say("first paint in " + windowName(page.window) + ": " + std::to_string(ms.count()) +
+                 " ms after the first AIT section (or the start)");
+    }
+    return reply::null();
+}
+
+void WebKitCore::toPage(WebKitWebView* webView, const std::string& name, const std::string& payloadJson)
+{
+    channel->emitEvent(webkit_web_view_get_page_id(webView), name, payloadJson);
+}
+
+// A key the library admitted, with the names the page compares.
 void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
 {
-    DAXO_TesmoWindow* window = activeWindow();
-    auto found = views.find(window);
+    auto found = views.find(activeWindow());
+    const RemoteKey* remote = remoteKeyByReceiverCode(int32_t(key));
     if (found == views.end())
         return;
-    toPage(found->second->webView,
-           std::string("'key', '") + (action == 0 ? "keydown" : "keyup") + "', " + std::to_string(domKeyCode(key)));
+    const std::string payload = std::string("{\"type\":\"") + (action == 0 ? "keydown" : "keyup") +
+                                "\",\"keyCode\":" + std::to_string(remote ? remote->vkCode : int(key)) +
+                                ",\"key\":" + jsonText(remote ? remote->domKey : "Unidentified") +
+                                ",\"code\":" + jsonText(remote ? remote->domCode : "") + "}";
+    toPage(found->second->webView, "Keys.key", payload);
 }
 
 void WebKitCore::applicationEvent(const char* name, uint32_t applicationId)
 {
     for (auto& entry : views)
-        toPage(entry.second->webView, std::string("'") + name + "', " + std::to_string(applicationId));
+        toPage(entry.second->webView, std::string("ApplicationManager.") + name, std::to_string(applicationId));
 }
-
 void WebKitCore::evaluate(const std::string& script, std::function<void(const std::string&)> done)
 {
     auto found = views.find(activeWindow());

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "BrowserCore.h"
-#include "PageBindings.h"
+#include "PageObjects.h"
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
@@ -24,8 +24,8 @@
 // web-process extension and reach the library through the script channel.
 class WebKitCore : public BrowserCore {
 public:
-    // The extension's directory, and the script of the HbbTV objects it gives each page.
-    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& apiScript);
+    // The extension's directory, and the directory of the page objects' scripts.
+    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& scriptDirectory);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -59,10 +59,12 @@ private:
     void userAgentChanged(const std::string& extension) override;
     void keyEvent(int action, DAXO_KEY_SYM key) override;
 
-    PageBindings::Answer pageCall(guint64 pageId, const PageBindings::Call& call);
+    std::string pageCall(guint64 pageId, const std::string& name, const std::string& argumentsJson);
+    void describeCall(const View& view, const std::string& name, const std::string& arguments, const std::string& answer);
+    JsonNode* painted(const PageContext& page);
     View* viewOf(WebKitWebView* webView);
     void applyUserAgent(WebKitWebView* webView);
-    void toPage(WebKitWebView* view, const std::string& script);
+    void toPage(WebKitWebView* view, const std::string& name, const std::string& payloadJson);
 
     // WebKit's signals
     static void loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
@@ -83,13 +85,15 @@ private:
     TvScreen& screen;
     WebKitWebContext* context;
     std::unique_ptr<ScriptChannel> channel;
+    PageObjects objects;
+    PageMethods coreMethods;
     std::map<DAXO_TesmoWindow*, std::unique_ptr<View>> views;
     std::map<void*, std::unique_ptr<Stream>> streams;
     std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick
     std::vector<std::unique_ptr<XmlAit>> xmlAits;  // the core keeps what it handed over
     std::string userAgentExtension;
     std::chrono::steady_clock::time_point clockStart;
-    bool painted = false;
+    bool firstPaintSeen = false;
 };
 
 #endif

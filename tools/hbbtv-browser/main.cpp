@@ -4,12 +4,11 @@
 
 #include <csignal>
 #include <cstdio>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include "Broadcast.h"
 #include "Options.h"
+#include "RemoteKeys.h"
 #include "Timeline.h"
 #include "TickLoop.h"
 #include "TvPlatform.h"
@@ -22,41 +21,10 @@ namespace {
 WebKitCore* theCore = nullptr;
 
 // The keyboard as a remote control.
-bool remoteKey(guint keyval, std::string& name)
-{
-    static const std::map<guint, const char*> keys = {
-        {GDK_KEY_r, "RED"},     {GDK_KEY_F1, "RED"},     {GDK_KEY_g, "GREEN"},  {GDK_KEY_F2, "GREEN"},
-        {GDK_KEY_y, "YELLOW"},  {GDK_KEY_F3, "YELLOW"},  {GDK_KEY_b, "BLUE"},   {GDK_KEY_F4, "BLUE"},
-        {GDK_KEY_Up, "UP"},     {GDK_KEY_Down, "DOWN"},  {GDK_KEY_Left, "LEFT"}, {GDK_KEY_Right, "RIGHT"},
-        {GDK_KEY_Return, "ENTER"}, {GDK_KEY_KP_Enter, "ENTER"}, {GDK_KEY_BackSpace, "BACK"},
-        {GDK_KEY_p, "PLAY_PAUSE"}, {GDK_KEY_s, "STOP"},  {GDK_KEY_f, "FAST_FORWARD"}, {GDK_KEY_w, "REWIND"},
-        {GDK_KEY_i, "INFO"},    {GDK_KEY_Page_Up, "PAGE_UP"}, {GDK_KEY_Page_Down, "PAGE_DOWN"}};
-    auto found = keys.find(keyval);
-    if (found != keys.end()) {
-        name = found->second;
-        return true;
-    }
-    if (keyval >= GDK_KEY_0 && keyval <= GDK_KEY_9) {
-        name = std::string(1, char('0' + (keyval - GDK_KEY_0)));
-        return true;
-    }
-    return false;
-}
-
 void onKey(guint keyval)
 {
-    std::string name;
-    int32_t code = 0;
-    if (remoteKey(keyval, name) && keyCode(name, code))
-        TvPlatform::get().pressKey(name, code);
-}
-
-std::string readFile(const std::string& path)
-{
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    if (const RemoteKey* key = remoteKeyByKeyval(keyval))
+        TvPlatform::get().pressKey(key->name, key->receiverCode);
 }
 
 } // namespace
@@ -81,7 +49,7 @@ int main(int argc, char** argv)
     {
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
-        WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, readFile(TESMO_BROWSER_API_SCRIPT));
+        WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR);
         theCore = &core;
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
             theCore->applicationEvent(event == 0 ? "lowMemory" : "loadError", id);

@@ -2,7 +2,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <map>
+
+#include "RemoteKeys.h"
 
 namespace {
 
@@ -72,17 +73,11 @@ std::string commonUsage()
 
 bool keyCode(const std::string& name, int32_t& code)
 {
-    static const std::map<std::string, int32_t> keys = {
-        {"RED", 403},      {"GREEN", 404},      {"YELLOW", 502},   {"BLUE", 406},     {"UP", 57385},
-        {"DOWN", 57386},   {"LEFT", 57387},     {"RIGHT", 57388},  {"ENTER", 461},    {"OK", 461},
-        {"BACK", 57399},   {"REWIND", 412},     {"STOP", 413},     {"PAUSE", 19},     {"PLAY", 415},
-        {"PLAY_PAUSE", 463}, {"FAST_FORWARD", 473}, {"PAGE_UP", 57383}, {"PAGE_DOWN", 57384}, {"INFO", 457}};
-    auto found = keys.find(name);
-    if (found != keys.end()) {
-        code = found->second;
+    if (const RemoteKey* key = remoteKeyByName(name)) {
+        code = key->receiverCode;
         return true;
     }
-    if (name.size() == 1 && ((name[0] >= '0' && name[0] <= '9') || (name[0] >= 'A' && name[0] <= 'Z'))) {
+    if (name.size() == 1 && name[0] >= 'A' && name[0] <= 'Z') {
         code = name[0];
         return true;
     }
