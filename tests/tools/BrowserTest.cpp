@@ -97,7 +97,7 @@ private:
     static const char* mimeType(const std::string& file)
     {
         static const std::pair<const char*, const char*> types[] = {
-            {".html", "application/xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"},
+            {".html", "application/vnd.hbbtv.xhtml+xml; charset=UTF-8"}, {".js", "application/javascript"}, {".css", "text/css"},
             {".aitx", "application/vnd.dvb.ait+xml"}};
         for (const auto& type : types)
             if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
@@ -247,6 +247,27 @@ TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
     EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
     EXPECT_NE(out.find("\"TypeError\""), std::string::npos) << "a plain object has no getOwnerApplication: " << out;
     EXPECT_NE(out.find(" HbbTV/1.1.1 (; tesmo; hbbtv-browser; ; ; )\""), std::string::npos) << out;
+}
+
+// Pages served with HbbTV's own type run with their real URL: query and hash, origin, cookie
+// and storage, a relative link, a reload and a GET form. One that is not well-formed XML is
+// shown as HTML, not as a parser's error page.
+TEST_F(BrowserTest, PagesOfTheHbbTVTypeRunWithTheirOwnUrl)
+{
+    const std::string page = server.base() + "probe/content.html";
+    const std::string out = browse("--start-url '" + page + "?x=1#top' --exit-after 100 --eval 'report()@90' && " +
+                                   HBBTV_BROWSER " --start-url '" + server.base() + "probe/broken.html' --exit-after 30" +
+                                   " --eval \"document.querySelector('parsererror') === null && document.getElementById('text').textContent\"@20");
+    const std::string origin = server.base().substr(0, server.base().size() - 1);
+    EXPECT_NE(out.find(R"(\"href\":\")" + page + R"(?q=tv\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"origin\":\")" + origin + R"(\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"cookie\":\"seen=yes\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"visits\":\"3\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"steps\":\"?x=1#top,?x=1,?q=tv,\")"), std::string::npos) << "loaded, reloaded, form sent: " << out;
+    EXPECT_NE(out.find(R"(\"link\":\")" + server.base() + R"(probe/allowed.txt\")"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"xhtml\":\"application/xhtml+xml\")"), std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: " + page + "?q=tv in browser window #1"), std::string::npos) << out;
+    EXPECT_NE(out.find(": \"Not well-formed & still shown"), std::string::npos) << out;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's

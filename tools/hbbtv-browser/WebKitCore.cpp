@@ -1,13 +1,5 @@
 #include "WebKitCore.h"
 
-#include <fcntl.h>
-#include <gio/gunixinputstream.h>
-#include <glib-unix.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <set>
 
 #include "RemoteKeys.h"
@@ -15,15 +7,6 @@
 
 namespace {
 
-const char* const XML_AIT_TYPE = "application/vnd.dvb.ait+xml";
-
-// HbbTV's own name for XHTML is one WebKit does not render.
-std::string engineType(const std::string& mime)
-{
-    if (mime.empty())
-        return "application/octet-stream";
-    return mime == "application/vnd.hbbtv.xhtml+xml" ? "application/xhtml+xml" : mime;
-}
 const int32_t CONNECTION_FAILED = 3;
 
 // Calls a page makes to ask, which the timeline does not tell.
@@ -56,6 +39,19 @@ GVariant* pageScripts(const std::string& directory)
     return g_variant_builder_end(&builder);
 }
 
+std::string withoutFragment(const std::string& uri)
+{
+    return uri.substr(0, uri.find('#'));
+}
+
+// WebKit takes a load of the document's own URL with a fragment for a jump within it, so
+// a reload of such a page loads it without its fragment.
+std::string loadableUri(WebKitWebView* webView, const std::string& uri)
+{
+    const char* current = webkit_web_view_get_uri(webView);
+    return current && withoutFragment(current) == withoutFragment(uri) ? withoutFragment(uri) : uri;
+}
+
 std::string jsonText(const std::string& text)
 {
     JsonNode* node = json_node_init_string(json_node_alloc(), text.c_str());
@@ -73,22 +69,8 @@ struct WebKitCore::View {
     DAXO_TesmoWindow* window;
     WebKitWebView* webView;
     bool failed = false;  // this load was reported as failed; its end says nothing more
-    bool silent = false;  // this load is an XML AIT: not a page
-};
-
-// A dvb: request and the library's protocol stream for it. The response body goes through
-// a pipe, written as the library writes, without blocking the main thread.
-struct WebKitCore::Stream {
-    WebKitURISchemeRequest* request;
-    DAXO_TesmoWindow* window;
-    std::string url;
-    std::string mime;
-    bool responded = false;
-    bool ended = false;    // the library finished or failed it
-    bool stopped = false;  // the core told the library it dropped it
-    int pipeIn = -1;
-    std::string pending;
-    guint watch = 0;
+    bool silent = false;  // this load became a download: an XML AIT, or a page handed over
+    unsigned handedOverStatus = 0;  // the HTTP status of a page whose bytes are being shown
 };
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory)
@@ -103,22 +85,27 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
         context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
-    webkit_web_context_register_uri_scheme(context, "dvb", dvbRequest, this, nullptr);
-    webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context), "dvb");
-    g_signal_connect(context, "download-started", G_CALLBACK(downloadStarted), this);
+    auto windowOfView = [this](WebKitWebView* webView) -> DAXO_TesmoWindow* {
+        View* view = viewOf(webView);
+        return view ? view->window : nullptr;
+    };
+    dvb = std::make_unique<DvbScheme>(context, windowOfView, [this](const std::string& line) { out->say(line); });
+    PageDownloads::Handlers handlers;
+    handlers.xmlAit = [this](WebKitWebView* webView, const std::string& file) { xmlAitReceived(webView, file); };
+    handlers.page = [this](WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri,
+                           unsigned status) { pageReceived(webView, bytes, type, uri, status); };
+    handlers.failed = [this](WebKitWebView* webView, const std::string& uri, const std::string& error) {
+        pageFailed(webView, uri, error);
+    };
+    downloads = std::make_unique<PageDownloads>(context, std::move(handlers));
 }
 
 WebKitCore::~WebKitCore()
 {
     while (!views.empty())
         windowDestroyed(views.begin()->first);
-    for (auto& entry : streams) {
-        if (entry.second->watch)
-            g_source_remove(entry.second->watch);
-        if (entry.second->pipeIn >= 0)
-            close(entry.second->pipeIn);
-        g_object_unref(entry.second->request);
-    }
+    downloads.reset();
+    dvb.reset();
     g_signal_handlers_disconnect_by_data(context, this);
     g_object_unref(context);
 }
@@ -160,13 +147,7 @@ void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
     webkit_web_view_terminate_web_process(webView);
     screen.remove(GTK_WIDGET(webView));
     views.erase(found);
-    // Its streams are dropped: the library hears of it at the next tick.
-    for (auto& entry : streams)
-        if (entry.second->window == window && !entry.second->ended) {
-            entry.second->ended = true;
-            if (!entry.second->responded)
-                respond(*entry.second, 404);
-        }
+    dvb->windowGone(window);
 }
 
 void WebKitCore::setVisible(DAXO_TesmoWindow* window, bool visible)
@@ -235,21 +216,7 @@ void WebKitCore::afterTick()
             reportLoad(report.window, report.id, report.outcome, report.status);
         }
     }
-    std::vector<void*> dropped;
-    for (auto& entry : streams)
-        if (entry.second->ended && !entry.second->stopped)
-            dropped.push_back(entry.first);
-    for (void* handle : dropped)
-        endStream(handle);
-    for (auto it = streams.begin(); it != streams.end();) {
-        Stream& stream = *it->second;
-        if (stream.stopped && stream.pipeIn < 0 && !stream.watch) {
-            g_object_unref(stream.request);
-            it = streams.erase(it);
-        } else {
-            ++it;
-        }
-    }
+    dvb->afterTick();
 }
 
 bool WebKitCore::busy() const
@@ -257,10 +224,7 @@ bool WebKitCore::busy() const
     for (const auto& entry : views)
         if (webkit_web_view_is_loading(entry.second->webView))
             return true;
-    for (const auto& entry : streams)
-        if (!entry.second->stopped)
-            return true;
-    return !lateReports.empty();
+    return dvb->busy() || !lateReports.empty();
 }
 
 void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer data)
@@ -279,7 +243,11 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
         return;
     WebKitWebResource* page = webkit_web_view_get_main_resource(webView);
     WebKitURIResponse* response = page ? webkit_web_resource_get_response(page) : nullptr;
-    const unsigned status = response ? webkit_uri_response_get_status_code(response) : 0;
+    unsigned status = response ? webkit_uri_response_get_status_code(response) : 0;
+    if (view->handedOverStatus) {
+        status = view->handedOverStatus;
+        view->handedOverStatus = 0;
+    }
     const std::string url = webkit_web_view_get_uri(webView) ? webkit_web_view_get_uri(webView) : "";
     const int16_t reported = int16_t(status ? status : 200);
     self->out->say((reported == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(reported) + ": ") + url +
@@ -316,8 +284,8 @@ void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
     }
 }
 
-// Pages open no windows of their own; an XML AIT is not shown but handed to the library;
-// what WebKit cannot show is dropped.
+// Pages open no windows of their own; an XML AIT or a page of HbbTV's type becomes a
+// download; what WebKit cannot show otherwise is dropped.
 gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                   gpointer self)
 {
@@ -328,47 +296,19 @@ gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* 
     if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
         return FALSE;
     auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
-    const char* mime = webkit_uri_response_get_mime_type(webkit_response_policy_decision_get_response(response));
     View* view = static_cast<WebKitCore*>(self)->viewOf(webView);
-    if (mime && g_ascii_strcasecmp(mime, XML_AIT_TYPE) == 0) {
+    if (PageDownloads::take(response)) {
         if (view)
-            view->silent = true;  // not a page: its load says nothing
-        webkit_policy_decision_download(decision);  // the only download: read when it is complete
-    } else if (!webkit_response_policy_decision_is_mime_type_supported(response))
+            view->silent = true;  // the download says what became of it
+    } else if (!webkit_response_policy_decision_is_mime_type_supported(response)) {
         webkit_policy_decision_ignore(decision);  // a TV saves no files
-    else
+    } else {
         return FALSE;
+    }
     return TRUE;
 }
 
 // ---------------------------------------------------------------- XML AITs
-
-void WebKitCore::downloadStarted(WebKitWebContext*, WebKitDownload* download, gpointer self)
-{
-    g_signal_connect(download, "decide-destination", G_CALLBACK(+[](WebKitDownload* d, const char*, gpointer) -> gboolean {
-                         char* path = g_build_filename(g_get_tmp_dir(), "hbbtv-browser-XXXXXX.aitx", nullptr);
-                         const int fd = g_mkstemp(path);
-                         if (fd >= 0)
-                             close(fd);
-                         char* uri = g_filename_to_uri(path, nullptr, nullptr);
-                         webkit_download_set_allow_overwrite(d, TRUE);
-                         webkit_download_set_destination(d, uri);
-                         g_free(uri);
-                         g_free(path);
-                         return TRUE;
-                     }),
-                     nullptr);
-    g_signal_connect(download, "finished", G_CALLBACK(+[](WebKitDownload* d, gpointer core) {
-                         const char* destination = webkit_download_get_destination(d);
-                         char* path = destination ? g_filename_from_uri(destination, nullptr, nullptr) : nullptr;
-                         if (path && webkit_download_get_web_view(d))
-                             static_cast<WebKitCore*>(core)->xmlAitReceived(webkit_download_get_web_view(d), path);
-                         if (path)
-                             std::remove(path);
-                         g_free(path);
-                     }),
-                     self);
-}
 
 void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
 {
@@ -389,132 +329,42 @@ void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
     xmlAits.push_back(std::move(ait));
 }
 
+// A page of HbbTV's type: its bytes under the type WebKit shows, with its own URL, so that
+// its location, origin, cookies and relative links are the page's.
+void WebKitCore::pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri,
+                              unsigned status)
+{
+    View* view = viewOf(webView);
+    if (!view)
+        return;
+    view->handedOverStatus = status ? status : 200;
+    webkit_web_view_load_bytes(webView, bytes, type.c_str(), nullptr, loadableUri(webView, uri).c_str());
+}
+
+void WebKitCore::pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error)
+{
+    View* view = viewOf(webView);
+    if (!view)
+        return;
+    out->say("load failed: " + uri + " in " + windowName(view->window) + " (" + error + ")");
+    lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
+}
+
 // ---------------------------------------------------------------- dvb: streams
 
-void WebKitCore::dvbRequest(WebKitURISchemeRequest* request, gpointer data)
+void WebKitCore::streamMimeType(void* stream, const std::string& mime)
 {
-    auto* self = static_cast<WebKitCore*>(data);
-    WebKitWebView* webView = webkit_uri_scheme_request_get_web_view(request);
-    View* view = webView ? self->viewOf(webView) : nullptr;
-    if (!view) {
-        GError* error = g_error_new_literal(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "not a page of an HbbTV application");
-        webkit_uri_scheme_request_finish_error(request, error);
-        g_error_free(error);
-        return;
-    }
-    auto stream = std::make_unique<Stream>();
-    stream->request = WEBKIT_URI_SCHEME_REQUEST(g_object_ref(request));
-    stream->window = view->window;
-    stream->url = webkit_uri_scheme_request_get_uri(request);
-    void* handle = stream.get();
-    self->streams[handle] = std::move(stream);
-    DAXO_ProtocolRecord record{self->streams[handle]->url.c_str(), nullptr, handle};
-    int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START,
-                                                         &record, &result);
-    auto found = self->streams.find(handle);
-    if (found == self->streams.end() || found->second->ended)
-        return;
-    if (!handled || result != 0) {
-        self->out->say("no carousel stream for " + found->second->url);
-        self->respond(*found->second, 404);
-        found->second->ended = true;
-        found->second->stopped = !handled;  // a stream the library never took needs no stop
-    }
+    dvb->mimeType(stream, mime);
 }
 
-void WebKitCore::streamMimeType(void* handle, const std::string& mime)
+void WebKitCore::streamData(void* stream, const unsigned char* data, unsigned int length)
 {
-    auto found = streams.find(handle);
-    if (found != streams.end())
-        found->second->mime = mime;
+    dvb->data(stream, data, length);
 }
 
-void WebKitCore::streamData(void* handle, const unsigned char* data, unsigned int length)
+void WebKitCore::streamEnded(void* stream, int status, bool finished)
 {
-    auto found = streams.find(handle);
-    if (found == streams.end() || found->second->ended)
-        return;
-    Stream& stream = *found->second;
-    if (!stream.responded)
-        respond(stream, 200);
-    stream.pending.append(reinterpret_cast<const char*>(data), length);
-    flush(stream);
-}
-
-void WebKitCore::streamEnded(void* handle, int status, bool finished)
-{
-    auto found = streams.find(handle);
-    if (found == streams.end() || found->second->ended)
-        return;
-    Stream& stream = *found->second;
-    if (!stream.responded)
-        respond(stream, finished ? 200 : (status >= 400 ? status : 404));
-    stream.ended = true;
-    flush(stream);
-}
-
-// The response head: a 200 whose body is the pipe, or an empty error.
-void WebKitCore::respond(Stream& stream, int status)
-{
-    stream.responded = true;
-    GInputStream* body = nullptr;
-    int ends[2];
-    if (status == 200 && g_unix_open_pipe(ends, FD_CLOEXEC, nullptr)) {
-        g_unix_set_fd_nonblocking(ends[1], TRUE, nullptr);
-        stream.pipeIn = ends[1];
-        body = g_unix_input_stream_new(ends[0], TRUE);
-    } else {
-        status = status == 200 ? 500 : status;
-        body = g_memory_input_stream_new();
-    }
-    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(body, -1);
-    webkit_uri_scheme_response_set_status(response, guint(status), nullptr);
-    webkit_uri_scheme_response_set_content_type(response, engineType(stream.mime).c_str());
-    webkit_uri_scheme_request_finish_with_response(stream.request, response);
-    g_object_unref(response);
-    g_object_unref(body);
-}
-
-// Writes what the pipe takes now; the rest when it can take more. The pipe closes once the
-// library has finished and everything is through.
-void WebKitCore::flush(Stream& stream)
-{
-    while (stream.pipeIn >= 0 && !stream.pending.empty()) {
-        const ssize_t written = write(stream.pipeIn, stream.pending.data(), stream.pending.size());
-        if (written > 0) {
-            stream.pending.erase(0, size_t(written));
-        } else if (written < 0 && errno == EAGAIN) {
-            if (!stream.watch)
-                stream.watch = g_unix_fd_add(stream.pipeIn, G_IO_OUT,
-                                             [](int, GIOCondition, gpointer data) -> gboolean {
-                                                 auto* s = static_cast<Stream*>(data);
-                                                 s->watch = 0;
-                                                 flush(*s);
-                                                 return G_SOURCE_REMOVE;
-                                             },
-                                             &stream);
-            return;
-        } else {
-            stream.pending.clear();  // the page went away
-        }
-    }
-    if (stream.ended && stream.pipeIn >= 0 && stream.pending.empty()) {
-        close(stream.pipeIn);
-        stream.pipeIn = -1;
-    }
-}
-
-// The core drops a stream the library has ended (or whose page went), and says so; the
-// stream is forgotten once its pipe has drained.
-void WebKitCore::endStream(void* handle)
-{
-    Stream& stream = *streams[handle];
-    stream.stopped = true;
-    const std::string url = stream.url;
-    DAXO_ProtocolRecord record{url.c_str(), nullptr, handle};
-    int result = 0;
-    tesmo_hbbtv_handle_notification(nullptr, stream.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &record, &result);
+    dvb->ended(stream, status, finished);
 }
 
 // ---------------------------------------------------------------- pages

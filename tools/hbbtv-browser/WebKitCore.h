@@ -11,6 +11,8 @@
 #include <vector>
 
 #include "BrowserCore.h"
+#include "DvbScheme.h"
+#include "PageDownloads.h"
 #include "PageObjects.h"
 #include "ScriptChannel.h"
 #include "TvScreen.h"
@@ -19,9 +21,10 @@
 // The browser core on WebKitGTK: a web view for each browser window the platform grants,
 // stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
 // an HTTP status, failed, closed by script, an XML AIT received) goes to the library as the
-// browser core's notifications. dvb: is a URI scheme whose responses are the library's
-// protocol streams, passed on as they are written. The pages' HbbTV objects live in the
-// web-process extension and reach the library through the script channel.
+// browser core's notifications, from the tick loop. dvb: is a URI scheme of its own
+// (DvbScheme), XML AITs and pages of HbbTV's type come through downloads (PageDownloads),
+// and the pages' HbbTV objects live in the web-process extension and reach the library
+// through the script channel.
 class WebKitCore : public BrowserCore {
 public:
     // The extension's directory, and the directory of the page objects' scripts.
@@ -41,7 +44,6 @@ public:
 
 private:
     struct View;
-    struct Stream;
     struct LateReport {
         DAXO_TesmoWindow* window;
         int id;
@@ -72,15 +74,11 @@ private:
     static void closeRequested(WebKitWebView* webView, gpointer self);
     static gboolean decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  gpointer self);
-    static void dvbRequest(WebKitURISchemeRequest* request, gpointer self);
-    static void downloadStarted(WebKitWebContext*, WebKitDownload* download, gpointer self);
 
-    // dvb: streams
-    void respond(Stream& stream, int status);
-    static void flush(Stream& stream);
-    void endStream(void* handle);
-    // XML AITs a page loads
+    // What the downloads bring
     void xmlAitReceived(WebKitWebView* webView, const std::string& file);
+    void pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri, unsigned status);
+    void pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error);
 
     TvScreen& screen;
     WebKitWebContext* context;
@@ -88,7 +86,8 @@ private:
     PageObjects objects;
     PageMethods coreMethods;
     std::map<DAXO_TesmoWindow*, std::unique_ptr<View>> views;
-    std::map<void*, std::unique_ptr<Stream>> streams;
+    std::unique_ptr<DvbScheme> dvb;
+    std::unique_ptr<PageDownloads> downloads;
     std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick
     std::vector<std::unique_ptr<XmlAit>> xmlAits;  // the core keeps what it handed over
     std::string userAgentExtension;
