@@ -118,7 +118,8 @@ private:
 class BrowserTest : public testing::Test {
 protected:
     BrowserTest()
-        : server({{"/app/", SAMPLE_DIR "/carousel"}, {"/catalogue/", SAMPLE_DIR "/catalogue"}, {"/probe/", PAGES_DIR}})
+        : server({{"/app/", SAMPLE_DIR "/carousel"}, {"/catalogue/", SAMPLE_DIR "/catalogue"}, {"/news/", SAMPLE_DIR "/news"},
+                  {"/probe/", PAGES_DIR}})
     {
         char pattern[] = "/tmp/browser-test-XXXXXX";
         dir = mkdtemp(pattern);
@@ -165,6 +166,12 @@ uint32_t pixel(const std::string& png, int x, int y)
     }
     cairo_surface_destroy(image);
     return value;
+}
+
+// The broadcast's stand-in: a dark blue frame.
+bool isStandIn(uint32_t rgb)
+{
+    return rgb != 0 && (rgb & 0xFF) > (rgb >> 16) && (rgb & 0xFF) < 0x40;
 }
 
 bool isRed(uint32_t rgb)
@@ -239,6 +246,8 @@ TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
                                    " --eval \"owner().createApplication('catalogue.aitx', false) !== null\"@30" +
                                    " --eval \"(function () { try { document.createElement('object').getOwnerApplication(document); }"
                                    " catch (e) { return e.name; } })()\"@40 --eval navigator.userAgent@40"
+                                   " --eval \"(function () { var v = document.createElement('object'); v.type = 'video/broadcast';"
+                                   " try { v.bindToCurrentChannel(); return 'bound'; } catch (e) { return 'refused ' + e.name; } })()\"@45"
                                    " --eval document.title@110");
     EXPECT_TRUE(server.asked("/probe/catalogue.aitx"));
     EXPECT_NE(out.find("XML AIT received in browser window"), std::string::npos) << out;
@@ -247,6 +256,7 @@ TEST_F(BrowserTest, XmlAitThatAPageLoadsStartsItsApplication)
     EXPECT_NE(out.find("eval document.title: \"Sample Catalogue\""), std::string::npos) << out;
     EXPECT_NE(out.find("\"TypeError\""), std::string::npos) << "a plain object has no getOwnerApplication: " << out;
     EXPECT_NE(out.find(" HbbTV/1.1.1 (; tesmo; hbbtv-browser; ; ; )\""), std::string::npos) << out;
+    EXPECT_NE(out.find("\"refused SecurityError\""), std::string::npos) << "a broadcast-independent page: " << out;
 }
 
 // Pages served with HbbTV's own type run with their real URL: query and hash, origin, cookie
@@ -268,6 +278,44 @@ TEST_F(BrowserTest, PagesOfTheHbbTVTypeRunWithTheirOwnUrl)
     EXPECT_NE(out.find(R"(\"xhtml\":\"application/xhtml+xml\")"), std::string::npos) << out;
     EXPECT_NE(out.find("loaded: " + page + "?q=tv in browser window #1"), std::string::npos) << out;
     EXPECT_NE(out.find(": \"Not well-formed & still shown"), std::string::npos) << out;
+}
+
+// The sample's application binds a video/broadcast object placed in its page, reads the
+// channel list from the capture and changes to the second service, which signals it too,
+// so it keeps running. Back on the first service, its service-bound catalogue changes
+// channel and dies with its service, and the second service's own application starts.
+TEST_F(BrowserTest, ChannelChangesAcrossTheSampleServicesAsATvDoes)
+{
+    const std::string shot = dir + "/bound.png";
+    const char* const bind =
+        "(function () { var v = document.createElement('object'); v.type = 'video/broadcast'; v.id = 'vb';"
+        " v.style.cssText = 'position:absolute;left:100px;top:100px;width:320px;height:180px';"
+        " document.body.appendChild(v); window.states = [];"
+        " v.addEventListener('PlayStateChange', function (e) { states.push(e.state); });"
+        " v.onChannelChangeSucceeded = function (c) { window.changedTo = c.name; };"
+        " var c = v.bindToCurrentChannel(), l = v.getChannelConfig().channelList;"
+        " var owner = document.getElementById('appmgr').getOwnerApplication(document);"
+        " return [c.name, c.ccid, c.sid, c.idType, l.length, l.item(1).name, l.getChannelByTriplet(1, 1, 2).sid,"
+        " owner.privateData.currentChannel.name].join('|'); })()";
+    const std::string out = browse(
+        capture("app/") + " --exit-after 230 --eval \"" + bind + "\"@40 --screenshot " + shot + "@45" +
+        " --eval \"var v = document.getElementById('vb'); v.setChannel(v.getChannelConfig().channelList.item(1))\"@50" +
+        " --eval \"[changedTo, states.join(','), document.getElementById('vb').currentChannel.name].join('|')\"@80" +
+        " --eval \"var v = document.getElementById('vb'); v.prevChannel()\"@85" +
+        " --key RED@110 --key DOWN@115 --key ENTER@120" +
+        " --eval \"var v = document.createElement('object'); v.type = 'video/broadcast'; document.body.appendChild(v);"
+        " v.bindToCurrentChannel(); v.nextChannel()\"@160 --eval document.title@210");
+    EXPECT_NE(out.find("\"Sample TV|ccid:1.1.1|1|12|2|Sample News|2|Sample TV\""), std::string::npos) << out;
+    EXPECT_TRUE(isStandIn(pixel(shot, 110, 110))) << std::hex << pixel(shot, 110, 110) << ": the broadcast in the object";
+    EXPECT_EQ(pixel(shot, 700, 110), 0u) << "outside the object's rectangle the picture is gone";
+    EXPECT_NE(out.find("channel change to \"Sample News\" (service 0x0002)"), std::string::npos) << out;
+    EXPECT_NE(out.find("the running application keeps running: the new service signals it too"), std::string::npos) << out;
+    EXPECT_NE(out.find("\"Sample News|1,2,1,2|Sample News\""), std::string::npos) << "bound, presenting, tuning, presenting: " << out;
+    EXPECT_NE(out.find("channel change to \"Sample TV\" (service 0x0001)"), std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: " + server.base() + "catalogue/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("stopped: 0x10.0x2 " + server.base() + "catalogue/index.html"), std::string::npos) << out;
+    EXPECT_NE(out.find("start requested: 0x10.0x3 " + server.base() + "news/index.html (AUTOSTART)"), std::string::npos) << out;
+    EXPECT_NE(out.find("eval document.title: \"Sample News\""), std::string::npos) << out;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's

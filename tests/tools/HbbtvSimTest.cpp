@@ -129,7 +129,7 @@ TEST(HbbtvSimTest, GeneratorRoundTrip)
               "    location index.html\n"
               "    boundary http://sample.example/\n"
               "AIT application type 0x0010, version 1, section 1 of 1, 1 application(s)\n"
-              "  0x00000010.0x0002 \"Sample Catalogue\" PRESENT, priority 1, visibility 3\n"
+              "  0x00000010.0x0002 \"Sample Catalogue\" PRESENT, priority 1, visibility 3, service-bound\n"
               "    profile 0x0000 version 1.1.1\n"
               "    transport 1: HTTP http://sample.example/catalogue/\n"
               "    location index.html\n");

@@ -4,7 +4,6 @@
 #include "objects/KeysObject.h"
 #include "objects/RequestsObject.h"
 #include "objects/StreamEventsObject.h"
-#include "objects/VideoBroadcastObject.h"
 
 namespace {
 
@@ -18,7 +17,7 @@ std::string objectName(const std::string& method)
 PageObjects::PageObjects()
 {
     for (const PageMethods* methods : {&ApplicationManagerObject::methods(), &KeysObject::methods(), &RequestsObject::methods(),
-                                       &StreamEventsObject::methods(), &VideoBroadcastObject::methods()})
+                                       &StreamEventsObject::methods()})
         add(*methods);
 }
 

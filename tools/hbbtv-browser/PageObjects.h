@@ -11,7 +11,8 @@
 class PageObjects {
 public:
     PageObjects();
-    // Methods of the core itself (the page's paint, say).
+    // Methods of objects that hold state of the core (the broadcast picture, the page's
+    // paint); the table must outlive this.
     void add(const PageMethods& methods);
     // The answer as JSON text: null for a method that does not exist.
     std::string call(const PageContext& page, const std::string& name, const std::string& argumentsJson) const;

@@ -20,7 +20,7 @@ TvScreen::TvScreen(const std::string& title, const std::string& name, KeyHandler
     gtk_window_set_default_size(GTK_WINDOW(window), WIDTH, HEIGHT);
     gtk_window_set_resizable(GTK_WINDOW(window), FALSE);
     overlay = gtk_overlay_new();
-    GtkWidget* broadcast = gtk_drawing_area_new();
+    broadcast = gtk_drawing_area_new();
     gtk_widget_set_size_request(broadcast, WIDTH, HEIGHT);
     g_signal_connect(broadcast, "draw", G_CALLBACK(draw), this);
     gtk_container_add(GTK_CONTAINER(overlay), broadcast);
@@ -55,6 +55,18 @@ void TvScreen::remove(GtkWidget* view)
     gtk_container_remove(GTK_CONTAINER(overlay), view);
 }
 
+void TvScreen::setVideoWindow(const VideoWindow& window)
+{
+    video = window;
+    gtk_widget_queue_draw(broadcast);
+}
+
+void TvScreen::setServiceName(const std::string& name)
+{
+    serviceName = name;
+    gtk_widget_queue_draw(broadcast);
+}
+
 void TvScreen::setVisible(GtkWidget* view, bool visible)
 {
     gtk_widget_set_visible(view, visible);
@@ -68,8 +80,20 @@ gboolean TvScreen::draw(GtkWidget*, cairo_t* cr, gpointer self)
     return TRUE;
 }
 
+// Black where there is no picture; the stand-in scaled into the video window.
 void TvScreen::paintBroadcast(cairo_t* cr) const
 {
+    cairo_set_source_rgb(cr, 0, 0, 0);
+    cairo_paint(cr);
+    if (!video.presenting || video.width <= 0 || video.height <= 0)
+        return;
+    cairo_save(cr);
+    if (!video.fullScreen) {
+        cairo_rectangle(cr, video.x, video.y, video.width, video.height);
+        cairo_clip(cr);
+        cairo_translate(cr, video.x, video.y);
+        cairo_scale(cr, double(video.width) / WIDTH, double(video.height) / HEIGHT);
+    }
     cairo_pattern_t* frame = cairo_pattern_create_linear(0, 0, 0, HEIGHT);
     cairo_pattern_add_color_stop_rgb(frame, 0, 0.10, 0.12, 0.18);
     cairo_pattern_add_color_stop_rgb(frame, 1, 0.03, 0.03, 0.06);
@@ -83,6 +107,7 @@ void TvScreen::paintBroadcast(cairo_t* cr) const
     cairo_set_source_rgba(cr, 1, 1, 1, 0.35);
     cairo_move_to(cr, (WIDTH - extents.width) / 2 - extents.x_bearing, HEIGHT / 2.0);
     cairo_show_text(cr, serviceName.c_str());
+    cairo_restore(cr);
 }
 
 gboolean TvScreen::keyPressed(GtkWidget*, GdkEventKey* event, gpointer self)

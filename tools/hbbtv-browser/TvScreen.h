@@ -8,8 +8,9 @@
 #include <vector>
 
 // The TV's screen: a 1280x720 window with a stand-in for the broadcast picture (the
-// service's name on a dark frame) and the browser views stacked over it, transparent where
-// the page is. Keys pressed on it go to the handler, never straight to a page.
+// service's name on a dark frame), full screen or where a page's video/broadcast object
+// puts it, and the browser views stacked over it, transparent where the page is. Keys
+// pressed on it go to the handler, never straight to a page.
 class TvScreen {
 public:
     static const int WIDTH = 1280;
@@ -27,6 +28,15 @@ public:
     void setVisible(GtkWidget* view, bool visible);
     void onClosed(std::function<void()> handler) { closed = std::move(handler); }
 
+    // Where the broadcast picture is: full screen, in a rectangle, or nowhere (stopped).
+    struct VideoWindow {
+        bool presenting = true;
+        bool fullScreen = true;
+        int x = 0, y = 0, width = WIDTH, height = HEIGHT;
+    };
+    void setVideoWindow(const VideoWindow& video);
+    void setServiceName(const std::string& name);
+
     // A PNG of the screen: the broadcast, then every visible view from bottom to top.
     void capture(const std::string& file, std::function<void(bool written)> done);
 
@@ -40,6 +50,8 @@ private:
     static void finish(Capture* capture);
 
     std::string serviceName;
+    VideoWindow video;
+    GtkWidget* broadcast;
     KeyHandler key;
     std::function<void()> closed;
     GtkWidget* window;

@@ -22,8 +22,8 @@ bool isQuestion(const std::string& name)
 // The page objects' scripts, the bridge first, each with the URI its errors name.
 GVariant* pageScripts(const std::string& directory)
 {
-    static const char* const files[] = {"bridge.js", "keys.js", "application-manager.js", "stream-events.js",
-                                        "requests.js", "page.js"};
+    static const char* const files[] = {"bridge.js", "keys.js", "video-broadcast.js", "application-manager.js",
+                                        "stream-events.js", "requests.js", "page.js"};
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
     for (const char* file : files) {
@@ -74,13 +74,14 @@ struct WebKitCore::View {
 };
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory)
-    : screen(tvScreen)
+    : screen(tvScreen), videoBroadcast(tvScreen)
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
     });
     coreMethods = {{"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }}};
     objects.add(coreMethods);
+    objects.add(videoBroadcast.methods());
     context = webkit_web_context_new();
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
@@ -423,6 +424,18 @@ void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
                                 ",\"key\":" + jsonText(remote ? remote->domKey : "Unidentified") +
                                 ",\"code\":" + jsonText(remote ? remote->domCode : "") + "}";
     toPage(found->second->webView, "Keys.key", payload);
+}
+
+// Every page's video/broadcast objects follow the TV to the new service.
+void WebKitCore::channelChanged(const Channel& channel)
+{
+    screen.setServiceName(channel.name);
+    JsonNode* json = VideoBroadcastObject::channelJson(channel);
+    char* text = json_to_string(json, FALSE);
+    for (auto& entry : views)
+        toPage(entry.second->webView, "VideoBroadcast.channelChanged", text);
+    g_free(text);
+    json_node_unref(json);
 }
 
 void WebKitCore::applicationEvent(const char* name, uint32_t applicationId)

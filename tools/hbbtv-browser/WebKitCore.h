@@ -17,6 +17,7 @@
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
+#include "objects/VideoBroadcastObject.h"
 
 // The browser core on WebKitGTK: a web view for each browser window the platform grants,
 // stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
@@ -32,6 +33,7 @@ public:
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
+    void channelChanged(const Channel& channel) override;
     void afterTick() override;
     bool busy() const override;
 
@@ -85,6 +87,7 @@ private:
     std::unique_ptr<ScriptChannel> channel;
     PageObjects objects;
     PageMethods coreMethods;
+    VideoBroadcastObject videoBroadcast;
     std::map<DAXO_TesmoWindow*, std::unique_ptr<View>> views;
     std::unique_ptr<DvbScheme> dvb;
     std::unique_ptr<PageDownloads> downloads;

@@ -60,6 +60,7 @@ int main(int argc, char** argv)
         tv.configure(options, timeline, core);
         tv.start(std::move(broadcast.aitSections), std::move(broadcast.carouselSections), broadcast.ids,
                  std::move(broadcast.script));
+        tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
         core.startClock();
         TickLoop ticks(options, timeline, core, screen, loop);
         g_timeout_add(guint(options.tickMs), TickLoop::tick, &ticks);

@@ -23,6 +23,7 @@ int main(int argc, char** argv)
     tv.configure(options, timeline, core);
     tv.start(std::move(broadcast.aitSections), std::move(broadcast.carouselSections), broadcast.ids,
              std::move(broadcast.script));
+    tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
     while (!tv.idle())
         tv.step();
     tv.stop();

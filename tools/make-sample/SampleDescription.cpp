@@ -78,31 +78,41 @@ bool parseTransport(const std::vector<std::string>& w, SampleApplication& app)
     return ok;
 }
 
-bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
+// "service ID NAME provider PROVIDER pmt PID ait PID [carousel PID]" starts a service.
+bool parseService(const std::vector<std::string>& w, SampleDescription& sample)
+{
+    bool ok = (w.size() == 9 || w.size() == 11) && w[3] == "provider" && w[5] == "pmt" && w[7] == "ait" &&
+              (w.size() == 9 || w[9] == "carousel");
+    if (!ok)
+        return false;
+    SampleService service;
+    service.serviceId = uint16_t(number(w[1], ok));
+    service.name = w[2];
+    service.provider = w[4];
+    service.pmtPid = uint16_t(number(w[6], ok));
+    service.aitPid = uint16_t(number(w[8], ok));
+    if (w.size() == 11)
+        service.carouselPid = uint16_t(number(w[10], ok));
+    sample.services.push_back(service);
+    return ok;
+}
+
+// A line of the service being described.
+bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
 {
     bool ok = true;
     const std::string& key = w[0];
-    SampleApplication* app = sample.sections.empty() || sample.sections.back().empty() ? nullptr
-                                                                                        : &sample.sections.back().back();
-    if (key == "transport_stream" && w.size() == 4 && w[2] == "network") {
-        sample.transportStreamId = uint16_t(number(w[1], ok));
-        sample.originalNetworkId = uint16_t(number(w[3], ok));
-    } else if (key == "service" && w.size() == 11 && w[3] == "provider" && w[5] == "pmt" && w[7] == "ait" && w[9] == "carousel") {
-        sample.serviceId = uint16_t(number(w[1], ok));
-        sample.serviceName = w[2];
-        sample.provider = w[4];
-        sample.pmtPid = uint16_t(number(w[6], ok));
-        sample.aitPid = uint16_t(number(w[8], ok));
-        sample.carouselPid = uint16_t(number(w[10], ok));
-    } else if (key == "carousel_tag" && w.size() == 2) {
-        sample.carouselTag = uint8_t(number(w[1], ok));
+    SampleApplication* app = service.sections.empty() || service.sections.back().empty() ? nullptr
+                                                                                          : &service.sections.back().back();
+    if (key == "carousel_tag" && w.size() == 2) {
+        service.carouselTag = uint8_t(number(w[1], ok));
     } else if (key == "ait" && w.size() == 3 && w[1] == "version") {
-        sample.aitVersion = uint8_t(number(w[2], ok));
+        service.aitVersion = uint8_t(number(w[2], ok));
     } else if (key == "section" && w.size() == 1) {
-        sample.sections.emplace_back();
-    } else if (key == "application" && !sample.sections.empty()) {
-        sample.sections.back().emplace_back();
-        return parseApplication(w, sample.sections.back().back());
+        service.sections.emplace_back();
+    } else if (key == "application" && !service.sections.empty()) {
+        service.sections.back().emplace_back();
+        return parseApplication(w, service.sections.back().back());
     } else if (key == "transport" && app) {
         return parseTransport(w, *app);
     } else if (key == "name" && app && w.size() == 2) {
@@ -111,14 +121,31 @@ bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
         app->location = w[1];
     } else if (key == "boundary" && app && w.size() == 2) {
         app->boundaries.push_back(w[1]);
+    } else if (key == "carousel_folder" && w.size() == 2) {
+        service.carouselFolder = w[1];
     } else if (key == "carousel_file" && (w.size() == 2 || (w.size() == 3 && w[2] == "compressed"))) {
-        sample.carouselFiles.push_back({w[1], w.size() == 3});
+        service.carouselFiles.push_back({w[1], w.size() == 3});
     } else if (key == "carousel_block_size" && w.size() == 2) {
-        sample.carouselBlockSize = uint16_t(number(w[1], ok));
+        service.carouselBlockSize = uint16_t(number(w[1], ok));
+    } else {
+        return false;
+    }
+    return ok;
+}
+
+bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
+{
+    bool ok = true;
+    const std::string& key = w[0];
+    if (key == "transport_stream" && w.size() == 4 && w[2] == "network") {
+        sample.transportStreamId = uint16_t(number(w[1], ok));
+        sample.originalNetworkId = uint16_t(number(w[3], ok));
+    } else if (key == "service") {
+        return parseService(w, sample);
     } else if (key == "repeat" && w.size() == 2) {
         sample.repeat = int(number(w[1], ok));
     } else {
-        return false;
+        return !sample.services.empty() && parseServiceLine(w, sample.services.back());
     }
     return ok;
 }
@@ -145,8 +172,13 @@ bool parseDescription(const std::string& path, SampleDescription& sample, std::s
             return false;
         }
     }
-    if (sample.sections.empty()) {
-        error = path + ": no AIT section described";
+    for (const SampleService& service : sample.services)
+        if (service.sections.empty()) {
+            error = path + ": service " + std::to_string(service.serviceId) + " has no AIT section";
+            return false;
+        }
+    if (sample.services.empty()) {
+        error = path + ": no service described";
         return false;
     }
     return true;

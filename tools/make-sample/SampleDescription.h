@@ -7,7 +7,8 @@
 
 #include "SectionBuilder.h"
 
-// A sample stream described in words: one service, its AIT in sections, repeated.
+// A sample stream described in words: its services, each with its AIT in sections and
+// perhaps an object carousel, repeated.
 struct SampleApplication {
     uint32_t organisationId = 0;
     uint16_t applicationId = 0;
@@ -25,20 +26,25 @@ struct SampleCarouselFile {
     bool compressed = false;
 };
 
-struct SampleDescription {
-    uint16_t transportStreamId = 1;
-    uint16_t originalNetworkId = 1;
+struct SampleService {
     uint16_t serviceId = 1;
-    std::string serviceName;
+    std::string name;
     std::string provider;
     uint16_t pmtPid = 0x100;
     uint16_t aitPid = 0x101;
-    uint16_t carouselPid = 0x102;
+    uint16_t carouselPid = 0;  // 0: no carousel
     uint8_t carouselTag = 0;
     uint8_t aitVersion = 0;
     std::vector<std::vector<SampleApplication>> sections;
     std::vector<SampleCarouselFile> carouselFiles;
+    std::string carouselFolder = "carousel";  // below the description's directory
     uint16_t carouselBlockSize = 4066;
+};
+
+struct SampleDescription {
+    uint16_t transportStreamId = 1;
+    uint16_t originalNetworkId = 1;
+    std::vector<SampleService> services;
     std::string directory;  // of the description
     int repeat = 1;
 };

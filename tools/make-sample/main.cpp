@@ -14,7 +14,7 @@ using namespace tesmo_test;
 
 namespace {
 
-Bytes aitSection(const SampleDescription& sample, size_t index)
+Bytes aitSection(const SampleService& sample, size_t index)
 {
     AITSection section;
     section.version(sample.aitVersion).number(uint8_t(index), uint8_t(sample.sections.size() - 1));
@@ -34,20 +34,25 @@ Bytes aitSection(const SampleDescription& sample, size_t index)
     return section.bytes();
 }
 
-Bytes pmtOf(const SampleDescription& sample)
+Bytes pmtOf(const SampleService& sample)
 {
     const Bytes signalling = descriptor(0x6F, {0x80, 0x10, uint8_t(0xE0 | sample.aitVersion)});  // HbbTV, its version
     const Bytes carousel = concat({descriptor(0x52, {sample.carouselTag}), descriptor(0x13, {0, 0, 0, 1, 0})});
-    return pmtSection(sample.serviceId, {{0x05, sample.aitPid, signalling}, {0x0B, sample.carouselPid, carousel}});
+    std::vector<Stream> streams = {{0x05, sample.aitPid, signalling}};
+    if (sample.carouselPid)
+        streams.push_back({0x0B, sample.carouselPid, carousel});
+    return pmtSection(sample.serviceId, streams);
 }
 
-// The files of the carousel/ folder that the description names, as an object carousel.
-bool carouselSections(const SampleDescription& sample, std::vector<Bytes>& sections, std::string& error)
+// The files of the service's carousel folder that the description names, as an object
+// carousel.
+bool carouselSections(const std::string& directory, const SampleService& sample, std::vector<Bytes>& sections,
+                      std::string& error)
 {
     std::vector<carousel::CarouselFile> files;
     std::set<std::string> compressed;
     for (const SampleCarouselFile& file : sample.carouselFiles) {
-        std::ifstream in(sample.directory + "/carousel/" + file.path, std::ios::binary);
+        std::ifstream in(directory + "/" + sample.carouselFolder + "/" + file.path, std::ios::binary);
         if (!in) {
             error = "cannot read the carousel file " + file.path;
             return false;
@@ -78,21 +83,33 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "make-sample: %s\n", error.c_str());
         return 2;
     }
-    std::vector<Bytes> carouselSectionList;
-    if (!carouselSections(sample, carouselSectionList, error)) {
-        std::fprintf(stderr, "make-sample: %s\n", error.c_str());
-        return 2;
+    std::vector<std::vector<Bytes>> carousels;
+    for (const SampleService& service : sample.services) {
+        carousels.emplace_back();
+        if (!carouselSections(sample.directory, service, carousels.back(), error)) {
+            std::fprintf(stderr, "make-sample: %s\n", error.c_str());
+            return 2;
+        }
+    }
+    std::vector<Program> programs;
+    std::vector<SdtService> names;
+    for (const SampleService& service : sample.services) {
+        programs.push_back({service.serviceId, service.pmtPid});
+        names.push_back({service.serviceId, service.provider, service.name});
     }
     TsWriter ts;
     for (int round = 0; round < sample.repeat; ++round) {
-        ts.writeSection(0x0000, patSection(sample.transportStreamId, {{sample.serviceId, sample.pmtPid}}));
-        ts.writeSection(sample.pmtPid, pmtOf(sample));
-        ts.writeSection(0x0011, sdtSection(sample.transportStreamId, sample.originalNetworkId,
-                                           {{sample.serviceId, sample.provider, sample.serviceName}}));
-        for (size_t i = 0; i < sample.sections.size(); ++i)
-            ts.writeSection(sample.aitPid, aitSection(sample, i));
-        for (const Bytes& section : carouselSectionList)
-            ts.writeSection(sample.carouselPid, section);
+        ts.writeSection(0x0000, patSection(sample.transportStreamId, programs));
+        for (const SampleService& service : sample.services)
+            ts.writeSection(service.pmtPid, pmtOf(service));
+        ts.writeSection(0x0011, sdtSection(sample.transportStreamId, sample.originalNetworkId, names));
+        for (size_t s = 0; s < sample.services.size(); ++s) {
+            const SampleService& service = sample.services[s];
+            for (size_t i = 0; i < service.sections.size(); ++i)
+                ts.writeSection(service.aitPid, aitSection(service, i));
+            for (const Bytes& section : carousels[s])
+                ts.writeSection(service.carouselPid, section);
+        }
     }
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));

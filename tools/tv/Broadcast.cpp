@@ -226,6 +226,7 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
 
 int Broadcast::prepare(int argc, char** argv, Options& options)
 {
+    this->options = &options;
     const int commandLine = readCommandLine(argc, argv, options);
     if (commandLine != PLAY)
         return commandLine;
@@ -234,11 +235,10 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     if (options.capture.empty())
         useSample(options);
 
-    TransportStream stream;
     std::string error;
     if (!stream.open(options.capture, error))
         return fail(options, error);
-    const std::vector<Service> services = scanServices(stream);
+    services = scanServices(stream);
     const bool carouselOnly = options.carouselList || !options.carouselExtract.empty();
     listServices(stream, services, options.json || options.dumpAit || carouselOnly);
     std::string note;
@@ -271,7 +271,33 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
         carouselSections = stream.sectionsOnPid(ocPid);
     ids = {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId};
     serviceName = service->name;
+    std::vector<Channel> channels;
+    for (const Service& s : services)
+        channels.push_back({ChannelList::ccidOf(ids.originalNetworkId, ids.transportStreamId, s.serviceId),
+                            ids.originalNetworkId, ids.transportStreamId, s.serviceId, s.name, aitStreamOf(s) != nullptr});
+    ChannelList::get().set(std::move(channels));
+    channel = ChannelList::get().byTriplet(ids.originalNetworkId, ids.transportStreamId, ids.serviceId);
     return PLAY;
+}
+
+TvPlatform::Tuned Broadcast::tune(const Channel& to) const
+{
+    for (const Service& service : services)
+        if (service.serviceId == to.serviceId)
+            return sectionsOf(service);
+    return {};
+}
+
+TvPlatform::Tuned Broadcast::sectionsOf(const Service& service) const
+{
+    TvPlatform::Tuned tuned;
+    const AitStream* ait = aitStreamOf(service);
+    if (ait)
+        tuned.aitSections = stream.sectionsOnPid(ait->pid);
+    uint16_t ocPid = 0;
+    if (options->carouselDir.empty() && carouselPid(&service, carouselTags(tuned.aitSections), *options, ocPid))
+        tuned.carouselSections = stream.sectionsOnPid(ocPid);
+    return tuned;
 }
 
 int Broadcast::readScript(const Options& options)

@@ -4,13 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "ChannelList.h"
 #include "Options.h"
 #include "Script.h"
+#include "ServiceScanner.h"
 #include "TransportStream.h"
 #include "TvPlatform.h"
 
 // What the platform plays: the chosen service's AIT and carousel sections from the capture
-// (the bundled sample without one), and the scenario.
+// (the bundled sample without one), and the scenario. Every service of the capture is in the
+// channel list, and another can be tuned to.
 class Broadcast {
 public:
     static const int PLAY = -1;
@@ -25,9 +28,18 @@ public:
     TvPlatform::ServiceIds ids{};
     std::string serviceName;
     std::vector<ScriptAction> script;
+    const Channel* channel = nullptr;  // the one played first, in ChannelList
+
+    // The sections of another service of the capture, as a tuner delivers them.
+    TvPlatform::Tuned tune(const Channel& channel) const;
 
 private:
     int readScript(const Options& options);
+    TvPlatform::Tuned sectionsOf(const Service& service) const;
+
+    TransportStream stream;
+    std::vector<Service> services;
+    const Options* options = nullptr;
 };
 
 #endif

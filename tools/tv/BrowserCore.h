@@ -29,6 +29,8 @@ public:
     virtual void afterTick() {}
     // Loads still under way: the run is not over.
     virtual bool busy() const { return false; }
+    // The platform has tuned to another service.
+    virtual void channelChanged(const struct Channel&) {}
 
     // ---- the library's calls
     int openUrl(DAXO_TesmoWindow* window, const char* url);

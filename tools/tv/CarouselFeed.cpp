@@ -4,6 +4,7 @@ using carousel::ObjectCarousel;
 
 void CarouselFeed::start(std::vector<TimedSection> all, uint64_t ticks)
 {
+    carousel = carousel::ObjectCarousel();
     sections = std::move(all);
     next = 0;
     perTick = ticks == 0 ? sections.size() : (sections.size() + ticks - 1) / ticks;
@@ -41,4 +42,13 @@ ObjectCarousel::Lookup CarouselFeed::get(const std::string& path, void* id, std:
     if (found == ObjectCarousel::Lookup::PENDING)
         waiting[id] = path;
     return found;
+}
+
+std::vector<CarouselFeed::Answer> CarouselFeed::abandon()
+{
+    std::vector<Answer> answers;
+    for (const auto& request : waiting)
+        answers.push_back({request.first, false, request.second, ""});
+    waiting.clear();
+    return answers;
 }

@@ -14,7 +14,8 @@
 // answered once it is, as on a receiver.
 class CarouselFeed {
 public:
-    // The stream's sections, spread evenly over that many ticks.
+    // The stream's sections, spread evenly over that many ticks from the tick given to step
+    // as 0. A new start begins a new carousel.
     void start(std::vector<TimedSection> sections, uint64_t ticks);
     bool active() const { return !sections.empty(); }
     // The tick that adds the last section.
@@ -33,6 +34,8 @@ public:
     // A file by the path of its dvb: URL after the host. PENDING remembers the request.
     carousel::ObjectCarousel::Lookup get(const std::string& path, void* id, std::string& content);
     void forget(void* id) { waiting.erase(id); }
+    // The requests still waiting, each answered as not found: the carousel they asked is gone.
+    std::vector<Answer> abandon();
 
 private:
     carousel::ObjectCarousel carousel;

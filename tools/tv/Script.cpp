@@ -8,7 +8,7 @@
 bool loadScript(const std::string& path, std::vector<ScriptAction>& actions, std::string& error)
 {
     static const std::set<std::string> withArgument = {"key",   "fail",      "status",  "broadband", "start-url",
-                                                       "create-application", "xml-ait", "keyset", "time-shift"};
+                                                       "create-application", "xml-ait", "keyset", "time-shift", "channel"};
     static const std::set<std::string> withoutArgument = {"service-change", "terminate", "destroy-application",
                                                           "show",           "hide",      "low-memory", "load-fail"};
     std::ifstream in(path);

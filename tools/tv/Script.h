@@ -11,6 +11,7 @@
 //   fail PATTERN            loads of matching URLs fail from now on (load-fail: the next load)
 //   status PATTERN=CODE     loads of matching URLs finish with that HTTP status
 //   service-change          the service is left (AIT withdrawn)
+//   channel next|prev|ID    the viewer changes to another service of the capture
 //   broadband on|off        the platform's broadband connection comes up or goes down
 //   start-url URL           the platform starts a broadcast-independent application
 //   terminate               the platform terminates the running application

@@ -168,11 +168,31 @@ void TvPlatform::start(std::vector<TimedSection> aitSections, std::vector<TimedS
     tick = 0;
 }
 
+void TvPlatform::setChannels(const Channel* current, Tuner channelTuner)
+{
+    channel = current;
+    tuner = std::move(channelTuner);
+}
+
+bool TvPlatform::requestTune(const Channel* to)
+{
+    if (!tuner || !to)
+        return false;
+    tuneTo = to;
+    return true;
+}
+
 void TvPlatform::step()
 {
     out->setTick(tick);
-    if (tick % options->sectionInterval == 0 && tick / options->sectionInterval < sections.size())
-        postSection(sections[tick / options->sectionInterval]);
+    if (tuneTo) {
+        const Channel* to = tuneTo;
+        tuneTo = nullptr;
+        tune(*to);
+    }
+    const uint64_t due = tick - sectionsFrom;
+    if (tick >= sectionsFrom && due % options->sectionInterval == 0 && due / options->sectionInterval < sections.size())
+        postSection(sections[due / options->sectionInterval]);
     for (const KeyPress& key : options->keys)
         if (key.tick == tick)
             pressKey(key.name, key.code);
@@ -182,6 +202,9 @@ void TvPlatform::step()
     feedCarousel();
     tesmo_hbbtv_tick();
     core->afterTick();
+    if (survivorCheckDue && tuning)
+        reportSurvivor();
+    survivorCheckDue = false;
     checkTableAcceptance();
     ++tick;
 }
@@ -200,11 +223,52 @@ void TvPlatform::stop()
     tesmo_hbbtv_shutdown();
 }
 
+// The service is left (the library forgets its table and carousel), and the new one's AIT and
+// carousel arrive from this tick on.
+void TvPlatform::tune(const Channel& to)
+{
+    out->say("channel change to \"" + to.name + "\" (service " + hex(to.serviceId, 4) + ")");
+    tunedFrom = runningApplicationId();
+    tuning = true;
+    postEvent(HBBTV_EVENT_AIT_WITHDRAWN);
+    Tuned tuned = tuner(to);
+    channel = &to;
+    ids = {to.originalNetworkId, to.transportStreamId, to.serviceId};
+    sections = std::move(tuned.aitSections);
+    sectionsFrom = tick;
+    postedSections.clear();
+    lastSectionOfVersion.clear();
+    completedVersions.clear();
+    reportedVersions.clear();
+    shownSections.clear();
+    for (const CarouselFeed::Answer& answer : carouselFeed.abandon()) {
+        HBBTV_EventData* event = newEvent();
+        event->dsmcc_file.handle = answer.id;
+        postEvent(HBBTV_EVENT_DSMCC_FILE_ERROR, event);
+    }
+    carouselFeed.start(std::move(tuned.carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
+    if (sections.empty())
+        postNoAit();
+    lastScheduled = std::max(lastScheduled, tick + std::max<uint64_t>(sections.size() * options->sectionInterval, carouselFeed.lastTick()));
+    core->channelChanged(to);
+}
+
+// The platform's word that the service carries no AIT.
+void TvPlatform::postNoAit()
+{
+    out->say("the service signals no AIT");
+    HBBTV_EventData* data = newEvent();
+    data->ait_section.original_network_id = ids.originalNetworkId;
+    data->ait_section.transport_stream_id = ids.transportStreamId;
+    data->ait_section.service_id = ids.serviceId;
+    postEvent(HBBTV_EVENT_AIT_SECTION, data);
+}
+
 void TvPlatform::feedCarousel()
 {
     std::vector<std::string> said;
     std::vector<CarouselFeed::Answer> answers;
-    carouselFeed.step(tick, said, answers);
+    carouselFeed.step(tick - sectionsFrom, said, answers);
     for (const std::string& line : said)
         out->say(line);
     for (const CarouselFeed::Answer& answer : answers) {
@@ -251,6 +315,7 @@ void TvPlatform::postSection(const TimedSection& section)
     data->ait_section.transport_stream_id = ids.transportStreamId;
     data->ait_section.service_id = ids.serviceId;
     data->ait_section.ait_present = 1;
+    data->ait_section.channel = channel ? ChannelList::get().handleOf(*channel) : nullptr;
     postEvent(HBBTV_EVENT_AIT_SECTION, data);
 }
 
@@ -296,6 +361,20 @@ bool TvPlatform::pressKey(const std::string& name, int32_t code)
     return delivered;
 }
 
+// "channel next", "channel prev" or "channel SERVICE_ID": the viewer zaps.
+void TvPlatform::tuneByName(const ScriptAction& action)
+{
+    const ChannelList& list = ChannelList::get();
+    const Channel* to = action.argument == "next"   ? list.neighbour(channel, 1)
+                        : action.argument == "prev" ? list.neighbour(channel, -1)
+                                                    : nullptr;
+    for (const Channel& c : list.all())
+        if (!to && c.serviceId == std::strtoul(action.argument.c_str(), nullptr, 0))
+            to = &c;
+    if (!requestTune(to))
+        out->say("script line " + std::to_string(action.line) + ": no channel " + action.argument);
+}
+
 void TvPlatform::perform(const ScriptAction& action)
 {
     out->noteActivity();
@@ -317,6 +396,8 @@ void TvPlatform::perform(const ScriptAction& action)
     } else if (verb == "service-change") {
         out->say("service change: the AIT is withdrawn");
         postEvent(HBBTV_EVENT_AIT_WITHDRAWN);
+    } else if (verb == "channel") {
+        tuneByName(action);
     } else if (verb == "broadband") {
         out->say("broadband " + action.argument);
         postEvent(action.argument == "off" ? HBBTV_EVENT_BROADBAND_DOWN : HBBTV_EVENT_BROADBAND_UP);
@@ -390,6 +471,19 @@ void TvPlatform::aitCompleted(int version)
     completedVersions.insert(version);
     out->record(JsonLine().field("call", "hbbtv_ait_completed").field("version_number", version));
     out->say("AIT v" + std::to_string(version) + " complete: the library takes it");
+    survivorCheckDue = true;
+}
+
+// The first table of a new service has been activated: the application that ran before
+// the change either still runs, or the library's notifications have told what replaced it.
+void TvPlatform::reportSurvivor()
+{
+    survivorCheckDue = false;
+    void* running = runningApplicationId();
+    if (running && running == tunedFrom)
+        out->say("the running application keeps running: the new service signals it too");
+    tunedFrom = nullptr;
+    tuning = false;
 }
 
 int TvPlatform::carouselGetFile(const char* path, void* id)
@@ -548,6 +642,7 @@ void TvPlatform::describeApplicationNotification(HBBTV_NotificationType type, co
                                 : std::string("a broadband application");
     switch (type) {
     case HBBTV_NOTIFICATION_APPLICATION_START:
+        tunedFrom = nullptr;  // a successor starts: the running application does not carry on
         out->say("start requested: " + who + " " + app.url + (app.flag_c ? " (AUTOSTART)" : "") +
                  (app.action == HBBTV_APPLICATION_ACTION_BLOCK_AND_KILL ? ", blocked: invalid application id" : ""));
         return;

@@ -2,6 +2,7 @@
 #define TESMO_TV_TVPLATFORM_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -11,6 +12,7 @@
 #include "AitDecoder.h"
 #include "BrowserCore.h"
 #include "CarouselFeed.h"
+#include "ChannelList.h"
 #include "LoadRules.h"
 #include "Options.h"
 #include "Script.h"
@@ -28,6 +30,12 @@ public:
     struct ServiceIds {
         uint16_t originalNetworkId, transportStreamId, serviceId;
     };
+    // What the tuner delivers of a service: its AIT and object-carousel sections.
+    struct Tuned {
+        std::vector<TimedSection> aitSections;
+        std::vector<TimedSection> carouselSections;
+    };
+    using Tuner = std::function<Tuned(const Channel&)>;
 
     static TvPlatform& get();
 
@@ -38,6 +46,12 @@ public:
     // carousel's sections (if any) arrive while the AIT's do.
     void start(std::vector<TimedSection> sections, std::vector<TimedSection> carouselSections, const ServiceIds& ids,
                std::vector<ScriptAction> script);
+    // The channel played first and how to reach the others (none without a capture).
+    void setChannels(const Channel* current, Tuner tuner);
+    const Channel* currentChannel() const { return channel; }
+    // Tunes to another channel of the list at the next tick, as a TV's tuner does: the
+    // service is left, and the new one's AIT and carousel arrive. False without a tuner.
+    bool requestTune(const Channel* channel);
     // One tick: what is due, then tesmo_hbbtv_tick.
     void step();
     // Everything scheduled is done and nothing has happened for a while.
@@ -70,10 +84,14 @@ private:
     TvPlatform() = default;
 
     void postSection(const TimedSection& section);
+    void tune(const Channel& to);
+    void reportSurvivor();
+    void postNoAit();
     void checkTableAcceptance();
     void feedCarousel();
     int carouselFile(const std::string& path, void* id);
     void perform(const ScriptAction& action);
+    void tuneByName(const ScriptAction& action);
     void performBinding(const ScriptAction& action);
     void postEvent(HBBTV_EventType type, HBBTV_EventData* data = nullptr);
     void onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data);
@@ -90,7 +108,14 @@ private:
     HBBTV_Window* window = nullptr;
 
     std::vector<TimedSection> sections;
+    uint64_t sectionsFrom = 0;  // the tick the service's first section is due
     ServiceIds ids{};
+    const Channel* channel = nullptr;  // in ChannelList
+    const Channel* tuneTo = nullptr;   // due at the next tick
+    Tuner tuner;
+    void* tunedFrom = nullptr;  // the application running when the channel changed
+    bool survivorCheckDue = false;
+    bool tuning = false;  // until the new service's first table is taken
     std::vector<ScriptAction> script;
     std::map<void*, OpenFile> files;
     CarouselFeed carouselFeed;

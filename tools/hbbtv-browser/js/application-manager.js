@@ -33,7 +33,7 @@
     function PrivateData(id) {
         this.keyset = new KeySet(id);
         Object.defineProperty(this, 'currentChannel', {
-            get: function () { return tv.call('PrivateData.currentChannel', id); }
+            get: function () { return tv.channelOf(tv.call('PrivateData.currentChannel', id)); }
         });
         this.getFreeMem = function () { return tv.call('PrivateData.getFreeMem'); };
     }

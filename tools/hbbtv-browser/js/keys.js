@@ -7,7 +7,7 @@
     Object.keys(codes).forEach(function (name) {
         window.KeyEvent[name] = codes[name];
         if (!(name in window))
-            Object.defineProperty(window, name, { value: codes[name], enumerable: true });
+            Object.defineProperty(window, name, { value: codes[name], enumerable: true, writable: true, configurable: true });
     });
 
     tv.on('Keys.key', function (key) {

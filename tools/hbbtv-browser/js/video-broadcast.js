@@ -1,0 +1,197 @@
+// The video/broadcast object (an <object type="video/broadcast">, or one the object factory
+// makes), its Channel, ChannelList and ChannelConfig. The TV tunes; the object follows it
+// through the TV's events. Its rectangle is where the broadcast picture goes.
+(function (tv) {
+    'use strict';
+    var TYPE = 'video/broadcast';
+    var UNREALIZED = 0, CONNECTING = 1, PRESENTING = 2, STOPPED = 3;
+
+    var CHANNEL_CONSTANTS = {
+        TYPE_TV: 0, TYPE_RADIO: 1, TYPE_OTHER: 2,
+        ID_ANALOG: 0, ID_DVB_C: 10, ID_DVB_S: 11, ID_DVB_T: 12, ID_DVB_SI_DIRECT: 13,
+        ID_DVB_C2: 14, ID_DVB_S2: 15, ID_DVB_T2: 16, ID_ISDB_C: 20, ID_ISDB_S: 21, ID_ISDB_T: 22,
+        ID_ATSC_T: 30, ID_IPTV_SDS: 40, ID_IPTV_URI: 41
+    };
+
+    function Channel(data) {
+        for (var name in data)
+            Object.defineProperty(this, name, { value: data[name], enumerable: true });
+    }
+    Object.keys(CHANNEL_CONSTANTS).forEach(function (name) {
+        Object.defineProperty(Channel.prototype, name, { value: CHANNEL_CONSTANTS[name] });
+    });
+    tv.channelOf = function (data) { return data ? new Channel(data) : null; };
+
+    function ChannelList(channels) {
+        Object.defineProperty(this, 'length', { value: channels.length });
+        this.item = function (index) { return channels[index] || null; };
+        this.getChannel = function (ccid) {
+            return channels.filter(function (c) { return c.ccid === ccid; })[0] || null;
+        };
+        this.getChannelByTriplet = function (onid, tsid, sid) {
+            return channels.filter(function (c) {
+                return c.onid === onid && (tsid === null || tsid === undefined || c.tsid === tsid) && c.sid === sid;
+            })[0] || null;
+        };
+        for (var i = 0; i < channels.length; ++i)
+            this[i] = channels[i];
+    }
+
+    // An error the TV answers with becomes the page's exception.
+    function answered(value) {
+        if (value && value.error === 'SecurityError')
+            throw new DOMException('The application may not use the broadcast', 'SecurityError');
+        return value;
+    }
+
+    var states = new WeakMap();
+    function stateOf(object) {
+        if (object.type !== TYPE)
+            throw new TypeError('not a video/broadcast object');
+        if (!states.has(object))
+            states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false });
+        return states.get(object);
+    }
+
+    function later(work) { setTimeout(work, 0); }
+
+    function fire(object, handler, name, args, detail) {
+        if (typeof object[handler] === 'function')
+            object[handler].apply(object, args);
+        var event = new Event(name);
+        for (var key in detail)
+            Object.defineProperty(event, key, { value: detail[key] });
+        object.dispatchEvent(event);
+    }
+
+    function setPlayState(object, playState, error) {
+        var state = stateOf(object);
+        if (state.playState === playState && error === undefined)
+            return;
+        state.playState = playState;
+        placeVideo(object);
+        fire(object, 'onPlayStateChange', 'PlayStateChange', [playState, error], { state: playState, error: error });
+    }
+
+    // The broadcast picture goes where the object is, or full screen.
+    function placeVideo(object) {
+        var state = stateOf(object);
+        var box = object.getBoundingClientRect();
+        tv.call('VideoBroadcast.video', {
+            presenting: state.playState === PRESENTING || state.playState === CONNECTING,
+            fullScreen: state.fullScreen || state.playState === UNREALIZED,
+            x: box.left, y: box.top, width: box.width, height: box.height
+        });
+    }
+
+    function broadcastObjects() {
+        return Array.prototype.filter.call(document.getElementsByTagName('object'), function (element) {
+            return element.type === TYPE;
+        });
+    }
+
+    function define(name, method) {
+        Object.defineProperty(HTMLObjectElement.prototype, name, { value: method, writable: true, configurable: true });
+    }
+    function getter(name, read) {
+        Object.defineProperty(HTMLObjectElement.prototype, name, {
+            get: function () { return this.type === TYPE ? read(stateOf(this), this) : undefined; },
+            configurable: true
+        });
+    }
+
+    getter('playState', function (state) { return state.playState; });
+    getter('fullScreen', function (state) { return state.fullScreen; });
+    getter('currentChannel', function (state) {
+        return state.playState === UNREALIZED ? null : tv.channelOf(answered(tv.call('VideoBroadcast.currentChannel')));
+    });
+
+    define('bindToCurrentChannel', function () {
+        var state = stateOf(this);
+        var answer = answered(tv.call('VideoBroadcast.bindToCurrentChannel'));
+        state.channel = tv.channelOf(answer.channel);
+        if (state.playState === UNREALIZED || state.playState === STOPPED) {
+            var object = this;
+            setPlayState(object, CONNECTING);
+            later(function () { setPlayState(object, PRESENTING); });
+        }
+        return state.channel;
+    });
+
+    function changeChannel(object, answer) {
+        var state = stateOf(object);
+        if (answer.released) {
+            state.channel = null;
+            setPlayState(object, UNREALIZED);
+        } else if (answer.error !== undefined) {
+            later(function () {
+                fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, answer.error],
+                     { channel: state.channel, errorState: answer.error });
+            });
+        } else if (answer.channel) {
+            later(function () { channelChanged(object, answer.channel); });
+        } else {
+            setPlayState(object, CONNECTING);
+        }
+    }
+
+    function channelChanged(object, data) {
+        var state = stateOf(object);
+        state.channel = tv.channelOf(data);
+        fire(object, 'onChannelChangeSucceeded', 'ChannelChangeSucceeded', [state.channel], { channel: state.channel });
+        setPlayState(object, PRESENTING);
+    }
+
+    define('setChannel', function (channel, trickplay, contentAccessDescriptorURL) {
+        stateOf(this);
+        if (channel !== null && typeof channel !== 'object')
+            throw new TypeError('setChannel takes a Channel or null');
+        changeChannel(this, answered(tv.call('VideoBroadcast.setChannel', channel === null ? null : {
+            ccid: channel.ccid, onid: channel.onid, tsid: channel.tsid, sid: channel.sid
+        }, Boolean(trickplay), contentAccessDescriptorURL || '')));
+    });
+    define('prevChannel', function () { stateOf(this); changeChannel(this, answered(tv.call('VideoBroadcast.step', -1))); });
+    define('nextChannel', function () { stateOf(this); changeChannel(this, answered(tv.call('VideoBroadcast.step', 1))); });
+    define('stop', function () {
+        var state = stateOf(this);
+        if (state.playState !== UNREALIZED)
+            setPlayState(this, STOPPED);
+    });
+    define('release', function () {
+        var state = stateOf(this);
+        state.channel = null;
+        state.fullScreen = false;
+        setPlayState(this, UNREALIZED);
+    });
+    define('setFullScreen', function (fullScreen) {
+        var state = stateOf(this);
+        state.fullScreen = Boolean(fullScreen);
+        placeVideo(this);
+        fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
+    });
+    define('getChannelConfig', function () {
+        stateOf(this);
+        return new ChannelConfig();
+    });
+    define('createChannelObject', function (idType, a, b, c) {
+        stateOf(this);
+        // (idType, dsd, sid) or (idType, onid, tsid, sid, ...)
+        var triplet = c === undefined ? { onid: 0, tsid: 0, sid: b } : { onid: a, tsid: b, sid: c };
+        var known = new ChannelConfig().channelList.getChannelByTriplet(triplet.onid, triplet.tsid, triplet.sid);
+        return known || new Channel({ idType: idType, onid: triplet.onid, tsid: triplet.tsid, sid: triplet.sid,
+                                      ccid: '', name: '', channelType: CHANNEL_CONSTANTS.TYPE_TV });
+    });
+
+    function ChannelConfig() {
+        var channels = answered(tv.call('ChannelConfig.channelList')).map(tv.channelOf);
+        Object.defineProperty(this, 'channelList', { value: new ChannelList(channels) });
+    }
+    tv.channelConfig = function () { return new ChannelConfig(); };
+
+    tv.on('VideoBroadcast.channelChanged', function (data) {
+        broadcastObjects().forEach(function (object) {
+            if (stateOf(object).playState !== UNREALIZED)
+                channelChanged(object, data);
+        });
+    });
+})
