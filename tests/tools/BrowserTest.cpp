@@ -318,6 +318,21 @@ TEST_F(BrowserTest, ChannelChangesAcrossTheSampleServicesAsATvDoes)
     EXPECT_NE(out.find("eval document.title: \"Sample News\""), std::string::npos) << out;
 }
 
+// A page reads the terminal's objects, written in its markup or made by the object factory,
+// as deployed applications do: the configuration, the capabilities for the profiles the TV
+// announces, the parental rating scheme, and debug() into the timeline.
+TEST_F(BrowserTest, TerminalObjectsAnswerForTheAnnouncedProfiles)
+{
+    const std::string out = browse("--start-url '" + server.base() + "probe/terminal.html' --profiles 0x2 --exit-after 30" +
+                                   " --eval 'report()'@20");
+    EXPECT_NE(out.find(R"(\"language\":\"eng\",\"country\":\"GBR\",\"vendor\":\"tesmo\",\"model\":\"hbbtv-browser\")"),
+              std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"profile\":\"OITF_HD_UIPROF+DVB_T+PVR\",\"dvbt\":true,\"pvr\":true,\"sd\":0)"), std::string::npos) << out;
+    EXPECT_NE(out.find(R"(\"scheme\":\"dvb-si\",\"ratings\":15,\"supported\":[true,false],\"made\":true,\"vk\":[403,406])"),
+              std::string::npos) << out;
+    EXPECT_NE(out.find("says: terminal objects read"), std::string::npos) << out;
+}
+
 // A page that throws while it loads, then loops for ever, holds up neither the library's
 // ticks nor the platform: keys are still decided and the run ends on time.
 TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)

@@ -4,6 +4,7 @@
 #include "objects/KeysObject.h"
 #include "objects/RequestsObject.h"
 #include "objects/StreamEventsObject.h"
+#include "objects/TerminalObject.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ std::string objectName(const std::string& method)
 PageObjects::PageObjects()
 {
     for (const PageMethods* methods : {&ApplicationManagerObject::methods(), &KeysObject::methods(), &RequestsObject::methods(),
-                                       &StreamEventsObject::methods()})
+                                       &StreamEventsObject::methods(), &TerminalObject::methods()})
         add(*methods);
 }
 

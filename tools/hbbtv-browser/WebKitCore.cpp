@@ -15,15 +15,17 @@ bool isQuestion(const std::string& name)
     static const std::set<std::string> questions = {"ApplicationManager.getOwnerApplication", "KeySet.value",
                                                     "KeySet.maximumValue", "PrivateData.getFreeMem",
                                                     "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
-                                                    "Requests.vet", "Page.painted"};
+                                                    "Requests.vet", "Page.painted", "Page.debug",
+                                                    "Terminal.configuration", "Terminal.capabilities"};
     return questions.count(name) != 0;
 }
 
 // The page objects' scripts, the bridge first, each with the URI its errors name.
 GVariant* pageScripts(const std::string& directory)
 {
-    static const char* const files[] = {"bridge.js", "keys.js", "video-broadcast.js", "application-manager.js",
-                                        "stream-events.js", "requests.js", "page.js"};
+    static const char* const files[] = {"bridge.js",         "keys.js",          "video-broadcast.js", "application-manager.js",
+                                        "configuration.js",  "capabilities.js",  "parental-control.js",
+                                        "object-factory.js", "stream-events.js", "requests.js",        "page.js"};
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
     for (const char* file : files) {
@@ -79,7 +81,13 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
     });
-    coreMethods = {{"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }}};
+    coreMethods = {
+        {"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }},
+        {"Page.debug", [this](const PageContext& page, const Arguments& args) {
+             out->say("the page in " + windowName(page.window) + " says: " + args.text(0));
+             return reply::null();
+         }},
+    };
     objects.add(coreMethods);
     objects.add(videoBroadcast.methods());
     context = webkit_web_context_new();
@@ -387,7 +395,7 @@ std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const 
 void WebKitCore::describeCall(const View& view, const std::string& name, const std::string& arguments,
                               const std::string& answer)
 {
-    if (name == "Page.painted")
+    if (name == "Page.painted" || name == "Page.debug")
         return;
     out->record(JsonLine().field("page_call", name).field("arguments", arguments).field("answer", answer));
     if (name == "Requests.vet" && answer == "false")

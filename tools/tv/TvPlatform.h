@@ -41,6 +41,8 @@ public:
 
     void configure(const Options& options, Timeline& timeline, BrowserCore& core);
     BrowserCore& browserCore() { return *core; }
+    // What the TV was configured with: the announced version and profiles, its names.
+    const Options& settings() const { return *options; }
 
     // Starts the library and tells it what the platform knows from the start. The
     // carousel's sections (if any) arrive while the AIT's do.

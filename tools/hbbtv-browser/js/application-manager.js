@@ -64,14 +64,11 @@
         return id === null ? null : applicationOf(id);
     };
 
-    // The manager object's method; other objects do not have it.
-    HTMLObjectElement.prototype.getOwnerApplication = function (doc) {
-        if (this.type !== MANAGER_TYPE)
-            throw new TypeError('getOwnerApplication is not a function');
+    tv.method(MANAGER_TYPE, 'getOwnerApplication', function (doc) {
         if (doc !== undefined && doc !== document)
             return null;
         return tv.ownerApplication();
-    };
+    });
 
     function notifyManagers(handler, argument) {
         Array.prototype.forEach.call(document.getElementsByTagName('object'), function (manager) {

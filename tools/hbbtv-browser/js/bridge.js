@@ -1,11 +1,38 @@
 // The page's end of the channel to the TV. The extension runs this with its native function
-// and keeps what it returns: each object script gets it to call the TV and to hear the TV's
-// events, and the extension hands events in through deliver. Nothing here is a page global.
+// and keeps what it returns: each object script gets it to call the TV, to hear the TV's
+// events and to give <object> elements of its type their members, and the extension hands
+// events in through deliver. Nothing here is a page global.
 (function (native) {
     'use strict';
     var handlers = Object.create(null);
+    var members = Object.create(null);  // member name -> object type -> { get } or { value }
     var slice = Array.prototype.slice;
+
+    // One property on every <object>; what it is depends on the element's type, and an
+    // element of another type does not have it.
+    function install(name) {
+        members[name] = Object.create(null);
+        Object.defineProperty(HTMLObjectElement.prototype, name, {
+            configurable: true,
+            get: function () {
+                var member = members[name][String(this.type).toLowerCase()];
+                if (!member)
+                    return undefined;
+                return member.get ? member.get.call(this) : member.value;
+            }
+        });
+    }
+    function member(type, name, definition) {
+        if (!members[name])
+            install(name);
+        members[name][type.toLowerCase()] = definition;
+    }
+
     return {
+        // A method of <object type="TYPE"> elements.
+        method: function (type, name, implementation) { member(type, name, { value: implementation }); },
+        // A read-only property of <object type="TYPE"> elements.
+        property: function (type, name, read) { member(type, name, { get: read }); },
         // "Object.method" in the TV with the arguments as values; its answer as a value.
         call: function (name) {
             return native(name, slice.call(arguments, 1));

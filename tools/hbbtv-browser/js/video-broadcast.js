@@ -46,7 +46,7 @@
 
     var states = new WeakMap();
     function stateOf(object) {
-        if (object.type !== TYPE)
+        if (String(object.type).toLowerCase() !== TYPE)
             throw new TypeError('not a video/broadcast object');
         if (!states.has(object))
             states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false });
@@ -90,14 +90,9 @@
         });
     }
 
-    function define(name, method) {
-        Object.defineProperty(HTMLObjectElement.prototype, name, { value: method, writable: true, configurable: true });
-    }
+    function define(name, method) { tv.method(TYPE, name, method); }
     function getter(name, read) {
-        Object.defineProperty(HTMLObjectElement.prototype, name, {
-            get: function () { return this.type === TYPE ? read(stateOf(this), this) : undefined; },
-            configurable: true
-        });
+        tv.property(TYPE, name, function () { return read(stateOf(this), this); });
     }
 
     getter('playState', function (state) { return state.playState; });
