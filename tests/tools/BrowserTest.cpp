@@ -333,6 +333,18 @@ TEST_F(BrowserTest, TerminalObjectsAnswerForTheAnnouncedProfiles)
     EXPECT_NE(out.find("says: terminal objects read"), std::string::npos) << out;
 }
 
+// Keys the library admits reach the page as the engine's own input: trusted events with the
+// remote's keyCode and key, keypress for a digit, and ENTER following the focused link.
+TEST_F(BrowserTest, AdmittedKeysAreTrustedInputWithTheirDefaultActions)
+{
+    const std::string out = browse("--start-url '" + server.base() + "probe/keys.html' --exit-after 60" +
+                                   " --key RED@20 --key 5@22 --eval 'report()'@30 --key ENTER@35 --eval location.search@50");
+    EXPECT_NE(out.find("\"keydown 403 ColorF0Red true,keyup 403 ColorF0Red true,"
+                       "keydown 53 5 true,keypress 53 5 true,keyup 53 5 true\""),
+              std::string::npos) << out;
+    EXPECT_NE(out.find("eval location.search: \"?followed\""), std::string::npos) << out;
+}
+
 // A page that throws while it loads, then loops for ever, holds up neither the library's
 // ticks nor the platform: keys are still decided and the run ends on time.
 TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)

@@ -110,8 +110,11 @@ void TvScreen::paintBroadcast(cairo_t* cr) const
     cairo_restore(cr);
 }
 
+// A key the TV sends a page itself passes on to the focused view: it is not the viewer's.
 gboolean TvScreen::keyPressed(GtkWidget*, GdkEventKey* event, gpointer self)
 {
+    if (event->send_event)
+        return FALSE;
     static_cast<TvScreen*>(self)->key(event->keyval);
     return TRUE;
 }

@@ -54,16 +54,6 @@ std::string loadableUri(WebKitWebView* webView, const std::string& uri)
     return current && withoutFragment(current) == withoutFragment(uri) ? withoutFragment(uri) : uri;
 }
 
-std::string jsonText(const std::string& text)
-{
-    JsonNode* node = json_node_init_string(json_node_alloc(), text.c_str());
-    char* json = json_to_string(node, FALSE);
-    const std::string result = json;
-    g_free(json);
-    json_node_unref(node);
-    return result;
-}
-
 } // namespace
 
 // A browser window's view.
@@ -135,6 +125,10 @@ void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
     const GdkRGBA transparent = {0, 0, 0, 0};
     webkit_web_view_set_background_color(webView, &transparent);
     webkit_settings_set_allow_file_access_from_file_urls(webkit_web_view_get_settings(webView), FALSE);
+    // A remote control's arrows move between the page's links, as on a TV, and its keys go
+    // straight to the page, with no input method composing text from them.
+    webkit_settings_set_enable_spatial_navigation(webkit_web_view_get_settings(webView), TRUE);
+    webkit_web_view_set_input_method_context(webView, nullptr);
     applyUserAgent(webView);
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
@@ -420,18 +414,36 @@ void WebKitCore::toPage(WebKitWebView* webView, const std::string& name, const s
     channel->emitEvent(webkit_web_view_get_page_id(webView), name, payloadJson);
 }
 
-// A key the library admitted, with the names the page compares.
+// A key the library admitted goes into the page as the engine's own input, so that the page
+// gets trusted events and their default actions (ENTER follows a focused link).
 void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
 {
     auto found = views.find(activeWindow());
     const RemoteKey* remote = remoteKeyByReceiverCode(int32_t(key));
-    if (found == views.end())
+    if (found == views.end() || !remote)
         return;
-    const std::string payload = std::string("{\"type\":\"") + (action == 0 ? "keydown" : "keyup") +
-                                "\",\"keyCode\":" + std::to_string(remote ? remote->vkCode : int(key)) +
-                                ",\"key\":" + jsonText(remote ? remote->domKey : "Unidentified") +
-                                ",\"code\":" + jsonText(remote ? remote->domCode : "") + "}";
-    toPage(found->second->webView, "Keys.key", payload);
+    GtkWidget* widget = GTK_WIDGET(found->second->webView);
+    GdkWindow* window = gtk_widget_get_window(widget);
+    if (!window)
+        return;
+    GdkEvent* event = gdk_event_new(action == 0 ? GDK_KEY_PRESS : GDK_KEY_RELEASE);
+    event->key.window = GDK_WINDOW(g_object_ref(window));
+    event->key.send_event = TRUE;
+    event->key.time = guint32(g_get_monotonic_time() / 1000);
+    event->key.keyval = remote->engineKeyval;
+    GdkKeymapKey* entries = nullptr;
+    gint count = 0;
+    if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), remote->engineKeyval,
+                                          &entries, &count) && count > 0)
+        event->key.hardware_keycode = guint16(entries[0].keycode);
+    g_free(entries);
+    GdkSeat* seat = gdk_display_get_default_seat(gdk_window_get_display(window));
+    gdk_event_set_device(event, seat ? gdk_seat_get_keyboard(seat) : nullptr);
+    // Through GTK's own dispatch to the focused view, as a real key takes it.
+    if (!gtk_widget_has_focus(widget))
+        gtk_widget_grab_focus(widget);
+    gtk_main_do_event(event);
+    gdk_event_free(event);
 }
 
 // Every page's video/broadcast objects follow the TV to the new service.

@@ -7,8 +7,10 @@
 
 // The remote control's keys, one row each for every layer that names them: the keyboard
 // keys that stand for it (X keysyms, which GDK's keyvals are), the name the options and
-// scripts use, the receiver's key code that the library takes, and what the page sees (the
-// HbbTV VK_ constant and code, the DOM key and code values).
+// scripts use, the receiver's key code that the library takes, what the page sees (the
+// HbbTV VK_ constant and code, the DOM key and code values), and the key the browser engine
+// is given. The engine has no remote-control keys: those it lacks it gets as F13 and up,
+// and the page's events for them are given the remote's values.
 struct RemoteKey {
     const char* name;
     int32_t receiverCode;
@@ -17,6 +19,9 @@ struct RemoteKey {
     const char* domKey;
     const char* domCode;
     unsigned keyvals[2];  // 0 where there is none
+    unsigned engineKeyval;
+    // The keyCode the engine gives engineKeyval, where it is not vkCode already.
+    int engineKeyCode() const;
 };
 
 const std::vector<RemoteKey>& remoteKeys();

@@ -1,8 +1,12 @@
 // The key names a page compares with: KeyEvent.VK_* and the bare VK_* of HbbTV 1.x pages,
-// from the TV's one key table; and the keys the library admits for the page.
+// from the TV's one key table. Keys arrive as the engine's own input, trusted, with their
+// default actions; for a remote-control key the engine does not know, the TV gives it a key
+// it has no use for, and the event is given the remote's keyCode, key and code before any
+// listener of the page sees it.
 (function (tv) {
     'use strict';
-    var codes = tv.call('Keys.table');
+    var table = tv.call('Keys.table');
+    var codes = table.constants;
     window.KeyEvent = window.KeyEvent || {};
     Object.keys(codes).forEach(function (name) {
         window.KeyEvent[name] = codes[name];
@@ -10,10 +14,16 @@
             Object.defineProperty(window, name, { value: codes[name], enumerable: true, writable: true, configurable: true });
     });
 
-    tv.on('Keys.key', function (key) {
-        var event = new KeyboardEvent(key.type, { bubbles: true, cancelable: true, key: key.key, code: key.code });
-        Object.defineProperty(event, 'keyCode', { value: key.keyCode });
-        Object.defineProperty(event, 'which', { value: key.keyCode });
-        (document.activeElement || document.body || document).dispatchEvent(event);
+    function asRemoteKey(event) {
+        var remote = table.engine[event.keyCode];
+        if (!remote)
+            return;
+        Object.defineProperty(event, 'keyCode', { value: remote.keyCode });
+        Object.defineProperty(event, 'which', { value: remote.keyCode });
+        Object.defineProperty(event, 'key', { value: remote.key });
+        Object.defineProperty(event, 'code', { value: remote.code });
+    }
+    ['keydown', 'keypress', 'keyup'].forEach(function (type) {
+        window.addEventListener(type, asRemoteKey, true);
     });
 })
