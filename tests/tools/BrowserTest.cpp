@@ -98,7 +98,7 @@ private:
     {
         static const std::pair<const char*, const char*> types[] = {
             {".html", "application/vnd.hbbtv.xhtml+xml; charset=UTF-8"}, {".js", "application/javascript"}, {".css", "text/css"},
-            {".aitx", "application/vnd.dvb.ait+xml"}};
+            {".aitx", "application/vnd.dvb.ait+xml"}, {".xml", "application/vnd.dvb.streamevent+xml"}};
         for (const auto& type : types)
             if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
                 return type.second;
@@ -343,6 +343,35 @@ TEST_F(BrowserTest, AdmittedKeysAreTrustedInputWithTheirDefaultActions)
                        "keydown 53 5 true,keypress 53 5 true,keyup 53 5 true\""),
               std::string::npos) << out;
     EXPECT_NE(out.find("eval location.search: \"?followed\""), std::string::npos) << out;
+}
+
+// The carousel page subscribes to the sample's stream event object by a URL relative to
+// itself: the event it names arrives with its name, data, text and status; an event the
+// object does not name ends with an error.
+TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
+{
+    const char* const subscribe =
+        "(function () { var v = document.createElement('object'); v.type = 'video/broadcast';"
+        " document.body.appendChild(v); v.bindToCurrentChannel(); window.events = [];"
+        " function keep(e) { events.push([e.name, e.status, e.text, e.data.substring(0, 8)].join('/')); }"
+        " v.addStreamEventListener('events/sample', 'news', keep);"
+        " v.addStreamEventListener('dvb://1.1.1.5/events/sample', 'sports', keep); })()";
+    const std::string out = browse(capture("missing/") + " --exit-after 70 --eval \"" + subscribe + "\"@30" +
+                                   " --eval \"events.sort().join('|')\"@60");
+    EXPECT_NE(out.find("stream events subscribed: 1.1.1.5/events/sample"), std::string::npos) << out;
+    EXPECT_NE(out.find("stream event \"news\" trigger: Breaking news from the sample broadcaster"), std::string::npos) << out;
+    EXPECT_NE(out.find("\"news/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
+              std::string::npos) << out;
+
+    // The same event named by an XML event description that a broadband page fetches.
+    const std::string xml = browse(capture("app/") + " --exit-after 70 --eval \"" +
+                                   std::regex_replace(subscribe, std::regex("'events/sample', 'news'"),
+                                                      "'" + server.base() + "probe/events.xml', 'headline'") +
+                                   "\"@30 --eval \"events.sort().join('|')\"@60");
+    EXPECT_TRUE(server.asked("/probe/events.xml"));
+    EXPECT_NE(xml.find("stream events subscribed on service 1"), std::string::npos) << xml;
+    EXPECT_NE(xml.find("\"headline/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
+              std::string::npos) << xml;
 }
 
 // A page that throws while it loads, then loops for ever, holds up neither the library's

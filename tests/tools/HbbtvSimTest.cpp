@@ -140,7 +140,8 @@ TEST(HbbtvSimTest, SampleCarouselListsAndExtractsAsWritten)
 {
     const SimRun list = sim("--carousel-list");
     ASSERT_EQ(list.status, 0) << list.err;
-    EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 30 section(s)\n"));
+    EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 32 section(s)\n"));
+    EXPECT_THAT(list.out, HasSubstr("  /events/sample                   stream event                  module 1 v1  complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  /data/menu.txt                   file                75 bytes  module 5 v1  complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  module 3 v1: 556 bytes (zlib) in 2 block(s), complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  module 4 v1: 3107 bytes in 7 block(s), complete\n"));

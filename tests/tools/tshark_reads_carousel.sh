@@ -1,6 +1,7 @@
 #!/bin/sh
-# tshark's DSM-CC dissector, an independent reader, decodes every carousel section of a
-# stream without a malformed packet or an error.
+# tshark's DSM-CC dissector, an independent reader, decodes every DSM-CC section of a stream
+# (the carousel's, and the stream descriptors of its stream events) without a malformed
+# packet or an error.
 #   tshark_reads_carousel.sh TSHARK STREAM.ts EXPECTED_SECTIONS
 set -u
 decoded=$("$1" -r "$2" -o mpeg_sect.verify_crc:TRUE -V 2>/dev/null) || { echo "tshark cannot read $2"; exit 1; }

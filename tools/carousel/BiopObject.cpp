@@ -81,6 +81,27 @@ bool readBindings(SectionReader body, BiopObject& object)
     return body.ok();
 }
 
+// The event names from the object info (after the stream's description, duration and the
+// three stream flags), the taps and the event ids from the body.
+bool readStreamEvent(SectionReader info, SectionReader body, StreamEventInfo& events)
+{
+    info.skip(info.u8());  // description
+    info.skip(8 + 3);      // duration, audio, video, data
+    for (uint16_t count = info.u16(); count > 0 && info.ok(); --count)
+        events.names.push_back(withoutZeros(readString(info, info.u8())));
+    for (uint8_t taps = body.u8(); taps > 0 && body.ok(); --taps) {
+        body.skip(2);  // id
+        const uint16_t use = body.u16();
+        const uint16_t tag = body.u16();
+        body.skip(body.u8());  // selector
+        if (use == STR_EVENT_USE || use == STR_EVENT_USE - 1)  // events, or status and events
+            events.associationTags.push_back(tag);
+    }
+    for (uint8_t count = body.u8(); count > 0 && body.ok(); --count)
+        events.ids.push_back(body.u16());
+    return info.ok() && body.ok() && events.ids.size() == events.names.size();
+}
+
 } // namespace
 
 bool readObjectRef(SectionReader& in, ObjectRef& ref)
@@ -120,7 +141,9 @@ bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects
         BiopObject object;
         object.objectKey = readString(message, message.u8());
         object.kind = shortKind(readString(message, message.u32()));
-        message.skip(message.u16());  // object info
+        const uint16_t infoLength = message.u16();
+        SectionReader info = message.limit(infoLength);
+        message.skip(infoLength);
         for (uint8_t contexts = message.u8(); contexts > 0 && message.ok(); --contexts) {
             message.skip(4);
             message.skip(message.u16());
@@ -136,6 +159,8 @@ bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects
             object.content = readString(body, body.u32());
         else if (object.kind == "srg" || object.kind == "dir")
             fine = readBindings(body, object);
+        else if (object.kind == "ste")
+            fine = readStreamEvent(info, body, object.events);
         if (!fine || !body.ok() || !message.ok()) {
             error = "the " + object.kind + " object's lengths do not hold";
             return false;

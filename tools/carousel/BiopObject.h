@@ -31,11 +31,23 @@ struct Binding {
     ObjectRef target;
 };
 
+// A stream event object's events, and the elementary streams (by association tag) whose
+// stream descriptors carry them.
+struct StreamEventInfo {
+    std::vector<std::string> names;
+    std::vector<uint16_t> ids;  // in the order of the names
+    std::vector<uint16_t> associationTags;
+};
+
+// The tap use of a stream event object's tap to the stream of its events.
+const uint16_t STR_EVENT_USE = 0x000D;
+
 struct BiopObject {
     std::string kind;
     std::string objectKey;
     std::vector<Binding> bindings;  // service gateway, directory
     std::string content;            // file
+    StreamEventInfo events;         // stream event
 };
 
 // Reads an IOR; false when it holds no BIOP profile with an object location.

@@ -142,13 +142,53 @@ Bytes biopDirectory(const CarouselIds& ids, const std::string& kind, const std::
         putText(body, zeroEnded(binding.name));
         put8(body, 4);
         putText(body, zeroEnded(binding.target.kind));
-        put8(body, binding.target.kind == "fil" ? 1 : 2);  // an object or a context
+        put8(body, binding.target.kind == "dir" || binding.target.kind == "srg" ? 2 : 1);  // a context or an object
         append(body, ior(ids, binding.target));
         const Bytes info = binding.target.kind == "fil" ? contentSize(binding.fileSize) : Bytes();
         put16(body, uint32_t(info.size()));
         append(body, info);
     }
     return biopMessage(kind, objectKey, {}, body);
+}
+
+Bytes biopStreamEvent(const std::string& objectKey, const CarouselStreamEvent& streamEvent)
+{
+    Bytes info{0};                                   // no description
+    info.insert(info.end(), {0, 0, 0, 0, 0, 0, 0, 0});  // no duration
+    info.insert(info.end(), {0, 0, 1});              // no audio, no video, data
+    put16(info, uint32_t(streamEvent.events.size()));
+    for (const auto& event : streamEvent.events) {
+        put8(info, uint32_t(event.first.size() + 1));
+        putText(info, zeroEnded(event.first));
+    }
+    Bytes body{1};  // one tap: the stream of the events
+    put16(body, 0);
+    put16(body, STR_EVENT_USE);
+    put16(body, streamEvent.associationTag);
+    put8(body, 0);
+    put8(body, uint32_t(streamEvent.events.size()));
+    for (const auto& event : streamEvent.events)
+        put16(body, event.second);
+    return biopMessage("ste", objectKey, info, body);
+}
+
+Bytes streamEventSection(uint16_t eventId, uint8_t version, const std::string& privateData)
+{
+    Bytes descriptor{0x1A, 0};
+    put16(descriptor, eventId);
+    descriptor.insert(descriptor.end(), {0xFF, 0xFF, 0xFF, 0xFE, 0, 0, 0, 0});  // reserved, NPT 0: at once
+    putText(descriptor, privateData);
+    descriptor[1] = uint8_t(descriptor.size() - 2);
+    Bytes section{0x3D, 0, 0};
+    put16(section, eventId);
+    put8(section, 0xC1 | uint32_t(version & 0x1F) << 1);
+    section.insert(section.end(), {0, 0});
+    append(section, descriptor);
+    const size_t length = section.size() - 3 + 4;
+    section[1] = uint8_t(0xB0 | length >> 8);
+    section[2] = uint8_t(length);
+    put32(section, tesmo_test::crc32Mpeg(section.data(), section.size()));
+    return section;
 }
 
 Bytes serverInitiateSection(const CarouselIds& ids, const Reference& gateway)
@@ -220,7 +260,8 @@ std::vector<Bytes> dataBlockSections(const CarouselIds& ids, const ModuleSpec& m
 }
 
 std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, const CarouselIds& ids,
-                                       const std::set<std::string>& compressed)
+                                       const std::set<std::string>& compressed,
+                                       const std::vector<CarouselStreamEvent>& streamEvents)
 {
     // Directories by path ("" is the service gateway), each with its bindings.
     std::map<std::string, std::vector<NamedReference>> directories{{"", {}}};
@@ -251,6 +292,12 @@ std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, c
         directoryOf(file.path).push_back({file.path.substr(slash == std::string::npos ? 0 : slash + 1), ref,
                                           uint32_t(file.content.size())});
         modules.push_back({ref.moduleId, 1, biopFile(ref.objectKey, file.content), compressed.count(file.path) > 0});
+    }
+    for (const CarouselStreamEvent& streamEvent : streamEvents) {
+        const Reference ref{"ste", 1, key()};
+        const size_t slash = streamEvent.path.rfind('/');
+        directoryOf(streamEvent.path).push_back({streamEvent.path.substr(slash == std::string::npos ? 0 : slash + 1), ref});
+        append(modules[0].data, biopStreamEvent(ref.objectKey, streamEvent));
     }
     for (const auto& directory : directories) {
         const Reference& ref = directoryRefs[directory.first];

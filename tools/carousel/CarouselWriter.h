@@ -58,11 +58,25 @@ struct CarouselFile {
     std::string content;
 };
 
-// The whole carousel: the service gateway and every directory in module 1, each file in a
-// module of its own from 2 on, the files named in compressed in zlib-compressed modules.
+// A stream event object: its events by name and id, carried as stream descriptors on the
+// elementary stream of the association tag.
+struct CarouselStreamEvent {
+    std::string path;
+    std::vector<std::pair<std::string, uint16_t>> events;
+    uint16_t associationTag = 0;
+};
+Bytes biopStreamEvent(const std::string& objectKey, const CarouselStreamEvent& streamEvent);
+
+// A stream descriptors section (table 0x3D) with one stream event descriptor: the event's
+// occurrence, to be acted on at once; a new version is a new occurrence.
+Bytes streamEventSection(uint16_t eventId, uint8_t version, const std::string& privateData);
+
+// The whole carousel: the service gateway, every directory and every stream event object in
+// module 1, each file in a module of its own from 2 on, the files named in compressed in zlib-compressed modules.
 // Sections in playout order: DSI, DII, then every module's blocks.
 std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, const CarouselIds& ids,
-                                       const std::set<std::string>& compressed);
+                                       const std::set<std::string>& compressed,
+                                       const std::vector<CarouselStreamEvent>& streamEvents = {});
 
 } // namespace carousel
 

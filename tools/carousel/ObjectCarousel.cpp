@@ -231,6 +231,24 @@ std::vector<ObjectCarousel::Entry> ObjectCarousel::list() const
 
 ObjectCarousel::Lookup ObjectCarousel::file(const std::string& path, std::string& content) const
 {
+    const BiopObject* object = nullptr;
+    const Lookup lookup = find(path, "fil", object);
+    if (lookup == Lookup::FOUND)
+        content = object->content;
+    return lookup;
+}
+
+ObjectCarousel::Lookup ObjectCarousel::streamEvent(const std::string& path, StreamEventInfo& events) const
+{
+    const BiopObject* object = nullptr;
+    const Lookup lookup = find(path, "ste", object);
+    if (lookup == Lookup::FOUND)
+        events = object->events;
+    return lookup;
+}
+
+ObjectCarousel::Lookup ObjectCarousel::find(const std::string& path, const std::string& kind, const BiopObject*& found) const
+{
     if (!gateway)
         return Lookup::PENDING;
     ObjectRef ref = *gateway;
@@ -244,9 +262,9 @@ ObjectCarousel::Lookup ObjectCarousel::file(const std::string& path, std::string
             return coming ? Lookup::PENDING : Lookup::MISSING;
         }
         if (start >= path.size()) {
-            if (object->kind != "fil")
+            if (object->kind != kind)
                 return Lookup::MISSING;
-            content = object->content;
+            found = object;
             return Lookup::FOUND;
         }
         const size_t slash = path.find('/', start);

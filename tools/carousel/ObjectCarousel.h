@@ -38,6 +38,8 @@ public:
     // A file by its path below the service gateway ("index.html", "data/list.txt").
     // PENDING while a module on the way is announced but not complete.
     Lookup file(const std::string& path, std::string& content) const;
+    // A stream event object by its path, the same way.
+    Lookup streamEvent(const std::string& path, StreamEventInfo& events) const;
 
     bool hasGateway() const { return gateway.has_value(); }
 
@@ -67,6 +69,8 @@ private:
     std::string addInfo(const DsmccMessage& message);
     std::string addBlock(const DsmccMessage& message);
     std::string completeModule(Module& module);
+    // The object of a kind at a path; PENDING and MISSING as for file().
+    Lookup find(const std::string& path, const std::string& kind, const BiopObject*& found) const;
     // The object a reference names, or null with the reason in problem.
     const BiopObject* resolve(const ObjectRef& ref, std::string& problem) const;
     void listFrom(const ObjectRef& ref, const std::string& path, std::set<std::pair<uint16_t, std::string>>& open,

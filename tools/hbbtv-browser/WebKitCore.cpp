@@ -3,6 +3,7 @@
 #include <set>
 
 #include "RemoteKeys.h"
+#include "objects/StreamEventsObject.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
@@ -444,6 +445,27 @@ void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
         gtk_widget_grab_focus(widget);
     gtk_main_do_event(event);
     gdk_event_free(event);
+}
+
+// A stream event goes to the page whose listener subscribed it.
+void WebKitCore::streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
+                             const std::string& status)
+{
+    auto found = views.find(windowNumbered(StreamEventsObject::pageOf(listener)));
+    if (found == views.end())
+        return;
+    JsonObject* event = json_object_new();
+    json_object_set_int_member(event, "listener", StreamEventsObject::numberOf(listener));
+    json_object_set_string_member(event, "name", name.c_str());
+    json_object_set_string_member(event, "data", data.c_str());
+    json_object_set_string_member(event, "text", text.c_str());
+    json_object_set_string_member(event, "status", status.c_str());
+    JsonNode* node = json_node_init_object(json_node_alloc(), event);
+    char* json = json_to_string(node, FALSE);
+    toPage(found->second->webView, "StreamEvents.event", json);
+    g_free(json);
+    json_node_unref(node);
+    json_object_unref(event);
 }
 
 // Every page's video/broadcast objects follow the TV to the new service.

@@ -34,6 +34,8 @@ public:
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
     void channelChanged(const Channel& channel) override;
+    void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
+                     const std::string& status) override;
     void afterTick() override;
     bool busy() const override;
 

@@ -21,7 +21,8 @@ int main(int argc, char** argv)
     SimulatedCore core;
     TvPlatform& tv = TvPlatform::get();
     tv.configure(options, timeline, core);
-    tv.start(std::move(broadcast.aitSections), std::move(broadcast.carouselSections), broadcast.ids,
+    tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections), std::move(broadcast.eventSections)},
+             broadcast.ids,
              std::move(broadcast.script));
     tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
     while (!tv.idle())

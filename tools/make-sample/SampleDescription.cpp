@@ -97,6 +97,21 @@ bool parseService(const std::vector<std::string>& w, SampleDescription& sample)
     return ok;
 }
 
+// "carousel_stream_event PATH NAME=ID..."
+bool parseStreamEvent(const std::vector<std::string>& w, SampleService& service)
+{
+    bool ok = true;
+    SampleStreamEvent streamEvent{w[1], {}};
+    for (size_t i = 2; i < w.size(); ++i) {
+        const size_t equals = w[i].find('=');
+        if (equals == std::string::npos)
+            return false;
+        streamEvent.events.push_back({w[i].substr(0, equals), uint16_t(number(w[i].substr(equals + 1), ok))});
+    }
+    service.streamEvents.push_back(streamEvent);
+    return ok;
+}
+
 // A line of the service being described.
 bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
 {
@@ -127,6 +142,13 @@ bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
         service.carouselFiles.push_back({w[1], w.size() == 3});
     } else if (key == "carousel_block_size" && w.size() == 2) {
         service.carouselBlockSize = uint16_t(number(w[1], ok));
+    } else if (key == "stream_events" && w.size() == 4 && w[2] == "tag") {
+        service.eventPid = uint16_t(number(w[1], ok));
+        service.eventTag = uint8_t(number(w[3], ok));
+    } else if (key == "carousel_stream_event" && w.size() >= 3) {
+        return parseStreamEvent(w, service);
+    } else if (key == "event" && w.size() == 3) {
+        service.occurrences.push_back({uint16_t(number(w[1], ok)), w[2]});
     } else {
         return false;
     }

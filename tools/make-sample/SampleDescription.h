@@ -20,6 +20,17 @@ struct SampleApplication {
     std::vector<std::string> boundaries;
 };
 
+// A stream event object of the carousel, and an occurrence of an event on the stream of
+// stream descriptors.
+struct SampleStreamEvent {
+    std::string path;
+    std::vector<std::pair<std::string, uint16_t>> events;  // name, id
+};
+struct SampleEventOccurrence {
+    uint16_t eventId;
+    std::string text;
+};
+
 // A file of the object carousel, below the description's carousel/ folder.
 struct SampleCarouselFile {
     std::string path;
@@ -39,6 +50,10 @@ struct SampleService {
     std::vector<SampleCarouselFile> carouselFiles;
     std::string carouselFolder = "carousel";  // below the description's directory
     uint16_t carouselBlockSize = 4066;
+    uint16_t eventPid = 0;  // the stream of stream descriptors; 0: none
+    uint8_t eventTag = 0;
+    std::vector<SampleStreamEvent> streamEvents;
+    std::vector<SampleEventOccurrence> occurrences;
 };
 
 struct SampleDescription {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <set>
 
 #include "CarouselWriter.h"
@@ -41,6 +42,8 @@ Bytes pmtOf(const SampleService& sample)
     std::vector<Stream> streams = {{0x05, sample.aitPid, signalling}};
     if (sample.carouselPid)
         streams.push_back({0x0B, sample.carouselPid, carousel});
+    if (sample.eventPid)
+        streams.push_back({0x0C, sample.eventPid, descriptor(0x52, {sample.eventTag})});
     return pmtSection(sample.serviceId, streams);
 }
 
@@ -64,8 +67,11 @@ bool carouselSections(const std::string& directory, const SampleService& sample,
     carousel::CarouselIds ids;
     ids.associationTag = sample.carouselTag;
     ids.blockSize = sample.carouselBlockSize;
+    std::vector<carousel::CarouselStreamEvent> streamEvents;
+    for (const SampleStreamEvent& streamEvent : sample.streamEvents)
+        streamEvents.push_back({streamEvent.path, streamEvent.events, sample.eventTag});
     if (!files.empty())
-        sections = carousel::writeObjectCarousel(files, ids, compressed);
+        sections = carousel::writeObjectCarousel(files, ids, compressed, streamEvents);
     return true;
 }
 
@@ -109,6 +115,9 @@ int main(int argc, char** argv)
                 ts.writeSection(service.aitPid, aitSection(service, i));
             for (const Bytes& section : carousels[s])
                 ts.writeSection(service.carouselPid, section);
+            std::map<uint16_t, uint8_t> versions;  // each occurrence of an event is a new version
+            for (const SampleEventOccurrence& event : service.occurrences)
+                ts.writeSection(service.eventPid, carousel::streamEventSection(event.eventId, versions[event.eventId]++, event.text));
         }
     }
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);

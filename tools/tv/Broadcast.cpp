@@ -269,6 +269,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
                     aitSections.size(), hex4(ait->pid).c_str());
     if (options.carouselDir.empty() && carouselPid(service, carouselTags(aitSections), options, ocPid))
         carouselSections = stream.sectionsOnPid(ocPid);
+    eventSections = eventSectionsOf(*service);
     ids = {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId};
     serviceName = service->name;
     std::vector<Channel> channels;
@@ -297,7 +298,16 @@ TvPlatform::Tuned Broadcast::sectionsOf(const Service& service) const
     uint16_t ocPid = 0;
     if (options->carouselDir.empty() && carouselPid(&service, carouselTags(tuned.aitSections), *options, ocPid))
         tuned.carouselSections = stream.sectionsOnPid(ocPid);
+    tuned.eventSections = eventSectionsOf(service);
     return tuned;
+}
+
+std::map<uint8_t, std::vector<TimedSection>> Broadcast::eventSectionsOf(const Service& service) const
+{
+    std::map<uint8_t, std::vector<TimedSection>> sections;
+    for (const CarouselStream& events : service.eventStreams)
+        sections[events.componentTag] = stream.sectionsOnPid(events.pid);
+    return sections;
 }
 
 int Broadcast::readScript(const Options& options)

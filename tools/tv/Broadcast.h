@@ -1,6 +1,7 @@
 #ifndef TESMO_TV_BROADCAST_H
 #define TESMO_TV_BROADCAST_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ public:
 
     std::vector<TimedSection> aitSections;
     std::vector<TimedSection> carouselSections;
+    std::map<uint8_t, std::vector<TimedSection>> eventSections;  // stream descriptors by component tag
     TvPlatform::ServiceIds ids{};
     std::string serviceName;
     std::vector<ScriptAction> script;
@@ -36,6 +38,7 @@ public:
 private:
     int readScript(const Options& options);
     TvPlatform::Tuned sectionsOf(const Service& service) const;
+    std::map<uint8_t, std::vector<TimedSection>> eventSectionsOf(const Service& service) const;
 
     TransportStream stream;
     std::vector<Service> services;

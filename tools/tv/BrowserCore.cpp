@@ -87,13 +87,18 @@ int BrowserCore::loadingUrl(DAXO_TesmoWindow* window, const char** url, int flag
     return 0;
 }
 
+DAXO_TesmoWindow* BrowserCore::windowNumbered(long handle) const
+{
+    for (const auto& entry : windows)
+        if (entry.second.number == handle)
+            return entry.first;
+    return nullptr;
+}
+
 int BrowserCore::windowOfHandle(long handle, DAXO_TesmoWindow** window)
 {
     out->record(JsonLine().field("call", "tm_get_window").field("handle", handle));
-    *window = nullptr;
-    for (auto& entry : windows)
-        if (entry.second.number == handle)
-            *window = entry.first;
+    *window = windowNumbered(handle);
     return *window ? 0 : -1;
 }
 

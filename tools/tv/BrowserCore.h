@@ -25,12 +25,17 @@ public:
     // Keys and the page's actions go to the window a page was last opened in.
     DAXO_TesmoWindow* activeWindow() const;
     long handleOf(const DAXO_TesmoWindow* window) const;
+    // The window of a handle, or null.
+    DAXO_TesmoWindow* windowNumbered(long handle) const;
     // After each tesmo_hbbtv_tick.
     virtual void afterTick() {}
     // Loads still under way: the run is not over.
     virtual bool busy() const { return false; }
     // The platform has tuned to another service.
     virtual void channelChanged(const struct Channel&) {}
+    // A stream event for the page's listener that subscribed it.
+    virtual void streamEvent(void* /*listener*/, const std::string& /*name*/, const std::string& /*data*/,
+                             const std::string& /*text*/, const std::string& /*status*/) {}
 
     // ---- the library's calls
     int openUrl(DAXO_TesmoWindow* window, const char* url);

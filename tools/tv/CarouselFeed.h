@@ -18,6 +18,7 @@ public:
     // as 0. A new start begins a new carousel.
     void start(std::vector<TimedSection> sections, uint64_t ticks);
     bool active() const { return !sections.empty(); }
+    const carousel::ObjectCarousel& objects() const { return carousel; }
     // The tick that adds the last section.
     uint64_t lastTick() const { return sections.empty() ? 0 : (sections.size() + perTick - 1) / perTick - 1; }
 

@@ -60,6 +60,7 @@ int dsmcc_stream_event_subscribe(const char* path, void* a, void* b, void* c, vo
     tv().streamEventCall(JsonLine().field("call", "dsmcc_stream_event_subscribe").field("path", path).pointer("a", a)
                              .pointer("b", b).pointer("c", c).pointer("d", d),
                          std::string("stream events subscribed: ") + (path ? path : ""));
+    tv().subscribeStreamEvent(path, a, static_cast<const char*>(b));
     return DSMCC_OK;
 }
 
@@ -68,6 +69,7 @@ int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_i
     tv().streamEventCall(JsonLine().field("call", "dsmcc_xml_stream_event_subscribe").pointer("first", first).field("a", a)
                              .field("service_id", service_id).field("b", b).pointer("x", x).pointer("y", y).pointer("z", z),
                          "stream events subscribed on service " + std::to_string(service_id));
+    tv().subscribeXmlStreamEvent(static_cast<const char*>(first), a, b, x);
     return DSMCC_OK;
 }
 
@@ -75,6 +77,7 @@ int dsmcc_stream_event_unsubscribe(void* a, void* b)
 {
     tv().streamEventCall(JsonLine().field("call", "dsmcc_stream_event_unsubscribe").pointer("a", a).pointer("b", b),
                          "stream events unsubscribed");
+    tv().unsubscribeStreamEvent(a);
     return DSMCC_OK;
 }
 

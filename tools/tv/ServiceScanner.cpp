@@ -10,6 +10,8 @@ namespace {
 const uint16_t HBBTV_APPLICATION_TYPE = 0x0010;
 const uint8_t AIT_STREAM_TYPE = 0x05;
 const uint8_t CAROUSEL_STREAM_TYPE = 0x0B;
+const uint8_t STREAM_DESCRIPTORS_TYPE = 0x0C;
+const uint8_t DSMCC_SECTIONS_TYPE = 0x0D;
 const uint8_t APPLICATION_SIGNALLING_TAG = 0x6F;
 
 // The application types that the 0x6F descriptor of the stream on pid lists. The library's
@@ -80,7 +82,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
     std::map<uint16_t, std::vector<TimedSection>> pmtSections = stream.sectionsOnPids(pmtPids);
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
-        Service service{program.number, program.pmtPid, "", "", {}, {}};
+        Service service{program.number, program.pmtPid, "", "", {}, {}, {}};
         auto name = stream.serviceNames().find(program.number);
         if (name != stream.serviceNames().end()) {
             service.name = name->second.name;
@@ -92,9 +94,11 @@ std::vector<Service> scanServices(const TransportStream& stream)
             for (const auto& es : pmt.getStreams()) {
                 if (es->getStreamType() == AIT_STREAM_TYPE && es->getApplicationSignallingDescriptor())
                     service.aitStreams.push_back({es->getElementaryPID(), applicationTypes(*section, es->getElementaryPID())});
-                if (es->getStreamType() == CAROUSEL_STREAM_TYPE && es->getStreamIdentifierDescriptor())
-                    service.carouselStreams.push_back(
-                        {es->getElementaryPID(), es->getStreamIdentifierDescriptor()->getComponentTag()});
+                const auto* tag = es->getStreamIdentifierDescriptor();
+                if (es->getStreamType() == CAROUSEL_STREAM_TYPE && tag)
+                    service.carouselStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
+                if ((es->getStreamType() == STREAM_DESCRIPTORS_TYPE || es->getStreamType() == DSMCC_SECTIONS_TYPE) && tag)
+                    service.eventStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
             }
         }
         services.push_back(service);

@@ -14,7 +14,8 @@ struct AitStream {
     bool isHbbTV() const;
 };
 
-// An object carousel's stream: stream_type 0x0B with its component tag.
+// An object carousel's stream (stream_type 0x0B), or a stream of stream descriptors that
+// carries stream events (0x0C or 0x0D), with its component tag.
 struct CarouselStream {
     uint16_t pid;
     uint8_t componentTag;
@@ -27,6 +28,7 @@ struct Service {
     std::string provider;
     std::vector<AitStream> aitStreams;
     std::vector<CarouselStream> carouselStreams;
+    std::vector<CarouselStream> eventStreams;
     const AitStream* hbbtvStream() const;
     // An AIT stream whose application_signalling_descriptor lists no type at all, as some
     // broadcasters send it.

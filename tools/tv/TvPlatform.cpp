@@ -130,10 +130,11 @@ void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore&
 
 // ---------------------------------------------------------------- the run
 
-void TvPlatform::start(std::vector<TimedSection> aitSections, std::vector<TimedSection> carouselSections,
-                       const ServiceIds& serviceIds, std::vector<ScriptAction> actions)
+void TvPlatform::start(Tuned first, const ServiceIds& serviceIds, std::vector<ScriptAction> actions)
 {
-    sections = std::move(aitSections);
+    sections = std::move(first.aitSections);
+    std::vector<TimedSection> carouselSections = std::move(first.carouselSections);
+    streamEvents.start(std::move(first.eventSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
     ids = serviceIds;
     script = std::move(actions);
     // The carousel arrives while the AIT does, as both repeat in a broadcast.
@@ -247,6 +248,7 @@ void TvPlatform::tune(const Channel& to)
         postEvent(HBBTV_EVENT_DSMCC_FILE_ERROR, event);
     }
     carouselFeed.start(std::move(tuned.carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
+    streamEvents.start(std::move(tuned.eventSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
     if (sections.empty())
         postNoAit();
     lastScheduled = std::max(lastScheduled, tick + std::max<uint64_t>(sections.size() * options->sectionInterval, carouselFeed.lastTick()));
@@ -280,6 +282,49 @@ void TvPlatform::feedCarousel()
             out->say("carousel: no file " + answer.path);
         postEvent(answer.found ? HBBTV_EVENT_DSMCC_FILE_READY : HBBTV_EVENT_DSMCC_FILE_ERROR, event);
     }
+    std::vector<StreamEventFeed::Trigger> triggers;
+    streamEvents.step(tick - sectionsFrom, carouselFeed.objects(), triggers);
+    deliverStreamEvents(triggers);
+}
+
+// Each event goes through the library as the platform's stream event, whose callback hands it
+// to the browser core.
+void TvPlatform::deliverStreamEvents(const std::vector<StreamEventFeed::Trigger>& triggers)
+{
+    for (const StreamEventFeed::Trigger& trigger : triggers) {
+        out->say("stream event \"" + trigger.name + "\" " + trigger.status + (trigger.text.empty() ? "" : ": " + trigger.text));
+        HBBTV_EventData* event = newEvent();
+        event->stream_event.callback = &TvPlatform::streamEventArrived;
+        event->stream_event.a = strdup(trigger.name.c_str());
+        event->stream_event.b = strdup(trigger.data.c_str());
+        event->stream_event.c = strdup(trigger.text.c_str());
+        event->stream_event.d = strdup(trigger.status.c_str());
+        event->stream_event.e = trigger.listener;
+        postEvent(HBBTV_EVENT_DSMCC_STREAM_EVENT, event);
+    }
+}
+
+void TvPlatform::streamEventArrived(char* name, char* data, char* text, char* status, void* listener)
+{
+    get().core->streamEvent(listener, name ? name : "", data ? data : "", text ? text : "", status ? status : "");
+}
+
+// The library's path is the carousel's host and the object's path below its gateway.
+void TvPlatform::subscribeStreamEvent(const char* path, void* listener, const char* eventName)
+{
+    const std::string text = path ? path : "";
+    const size_t slash = text.find('/');
+    streamEvents.subscribe(slash == std::string::npos ? "" : text.substr(slash + 1), eventName ? eventName : "", listener);
+}
+
+void TvPlatform::subscribeXmlStreamEvent(const char* eventName, uint16_t componentTag, uint16_t eventId, void* listener)
+{
+    streamEvents.subscribe(eventName ? eventName : "", uint8_t(componentTag), eventId, listener);
+}
+
+void TvPlatform::unsubscribeStreamEvent(void* listener)
+{
+    streamEvents.unsubscribe(listener);
 }
 
 void TvPlatform::postSection(const TimedSection& section)

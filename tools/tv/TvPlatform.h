@@ -16,6 +16,7 @@
 #include "LoadRules.h"
 #include "Options.h"
 #include "Script.h"
+#include "StreamEventFeed.h"
 #include "Timeline.h"
 #include "TransportStream.h"
 #include "XmlAit.h"
@@ -34,6 +35,7 @@ public:
     struct Tuned {
         std::vector<TimedSection> aitSections;
         std::vector<TimedSection> carouselSections;
+        std::map<uint8_t, std::vector<TimedSection>> eventSections;  // by component tag
     };
     using Tuner = std::function<Tuned(const Channel&)>;
 
@@ -46,8 +48,7 @@ public:
 
     // Starts the library and tells it what the platform knows from the start. The
     // carousel's sections (if any) arrive while the AIT's do.
-    void start(std::vector<TimedSection> sections, std::vector<TimedSection> carouselSections, const ServiceIds& ids,
-               std::vector<ScriptAction> script);
+    void start(Tuned first, const ServiceIds& ids, std::vector<ScriptAction> script);
     // The channel played first and how to reach the others (none without a capture).
     void setChannels(const Channel* current, Tuner tuner);
     const Channel* currentChannel() const { return channel; }
@@ -73,6 +74,9 @@ public:
     int carouselClose(void* id);
     int sameCarousel(const char* url, const char* other, int* same);
     void streamEventCall(JsonLine line, const std::string& text);
+    void subscribeStreamEvent(const char* path, void* listener, const char* eventName);
+    void subscribeXmlStreamEvent(const char* eventName, uint16_t componentTag, uint16_t eventId, void* listener);
+    void unsubscribeStreamEvent(void* listener);
 
     static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
 
@@ -89,6 +93,8 @@ private:
     void tune(const Channel& to);
     void reportSurvivor();
     void postNoAit();
+    void deliverStreamEvents(const std::vector<StreamEventFeed::Trigger>& triggers);
+    static void streamEventArrived(char* name, char* data, char* text, char* status, void* listener);
     void checkTableAcceptance();
     void feedCarousel();
     int carouselFile(const std::string& path, void* id);
@@ -121,6 +127,7 @@ private:
     std::vector<ScriptAction> script;
     std::map<void*, OpenFile> files;
     CarouselFeed carouselFeed;
+    StreamEventFeed streamEvents;
 
     // Sections posted and tables completed, per version, to tell a refused table.
     std::map<int, std::set<int>> postedSections;

@@ -7,6 +7,10 @@
 class StreamEventsObject {
 public:
     static const PageMethods& methods();
+    // The page (its browser window handle) and the page's listener number a listener the
+    // platform calls back stands for.
+    static long pageOf(void* listener);
+    static int numberOf(void* listener);
 };
 
 #endif
