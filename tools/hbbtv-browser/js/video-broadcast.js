@@ -73,12 +73,28 @@
         fire(object, 'onPlayStateChange', 'PlayStateChange', [playState, error], { state: playState, error: error });
     }
 
-    // The broadcast picture goes where the object is, or full screen.
+    // The broadcast's stand-in as the object's own picture: a dark frame with the channel's
+    // name, drawn by the object itself so that nothing the page paints behind it hides it.
+    function standIn(name) {
+        var text = String(name).replace(/[<>&"']/g, function (c) { return '&#' + c.charCodeAt(0) + ';'; });
+        return 'url("data:image/svg+xml;charset=utf-8,' + encodeURIComponent(
+            '<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 1280 720" preserveAspectRatio="none">' +
+            '<defs><linearGradient id="g" x1="0" y1="0" x2="0" y2="1"><stop offset="0" stop-color="#1a1f2e"/>' +
+            '<stop offset="1" stop-color="#08080f"/></linearGradient></defs><rect width="1280" height="720" fill="url(#g)"/>' +
+            '<text x="640" y="360" font-family="DejaVu Sans" font-weight="bold" font-size="56" fill="#ffffff" ' +
+            'fill-opacity="0.35" text-anchor="middle">' + text + '</text></svg>') + '")';
+    }
+
+    // The broadcast picture goes where the object is, or full screen behind the page.
     function placeVideo(object) {
         var state = stateOf(object);
         var box = object.getBoundingClientRect();
+        var presenting = state.playState === PRESENTING || state.playState === CONNECTING;
+        var windowed = presenting && !state.fullScreen;
+        object.style.backgroundImage = windowed && state.channel ? standIn(state.channel.name) : '';
+        object.style.backgroundSize = windowed ? '100% 100%' : '';
         tv.call('VideoBroadcast.video', {
-            presenting: state.playState === PRESENTING || state.playState === CONNECTING,
+            presenting: presenting,
             fullScreen: state.fullScreen || state.playState === UNREALIZED,
             x: box.left, y: box.top, width: box.width, height: box.height
         });
