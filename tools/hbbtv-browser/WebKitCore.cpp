@@ -42,29 +42,7 @@ GVariant* pageScripts(const std::string& directory)
     return g_variant_builder_end(&builder);
 }
 
-std::string withoutFragment(const std::string& uri)
-{
-    return uri.substr(0, uri.find('#'));
-}
-
-// WebKit takes a load of the document's own URL with a fragment for a jump within it, so
-// a reload of such a page loads it without its fragment.
-std::string loadableUri(WebKitWebView* webView, const std::string& uri)
-{
-    const char* current = webkit_web_view_get_uri(webView);
-    return current && withoutFragment(current) == withoutFragment(uri) ? withoutFragment(uri) : uri;
-}
-
 } // namespace
-
-// A browser window's view.
-struct WebKitCore::View {
-    DAXO_TesmoWindow* window;
-    WebKitWebView* webView;
-    bool failed = false;  // this load was reported as failed; its end says nothing more
-    bool silent = false;  // this load became a download: an XML AIT, or a page handed over
-    unsigned handedOverStatus = 0;  // the HTTP status of a page whose bytes are being shown
-};
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory)
     : screen(tvScreen), videoBroadcast(tvScreen)
@@ -86,8 +64,8 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     webkit_web_context_set_web_extensions_initialization_user_data(
         context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
     auto windowOfView = [this](WebKitWebView* webView) -> DAXO_TesmoWindow* {
-        View* view = viewOf(webView);
-        return view ? view->window : nullptr;
+        PageView* view = viewOf(webView);
+        return view ? view->window() : nullptr;
     };
     dvb = std::make_unique<DvbScheme>(context, windowOfView, [this](const std::string& line) { out->say(line); });
     PageDownloads::Handlers handlers;
@@ -110,10 +88,10 @@ WebKitCore::~WebKitCore()
     g_object_unref(context);
 }
 
-WebKitCore::View* WebKitCore::viewOf(WebKitWebView* webView)
+PageView* WebKitCore::viewOf(WebKitWebView* webView)
 {
     for (auto& entry : views)
-        if (entry.second->webView == webView)
+        if (entry.second->webView() == webView)
             return entry.second.get();
     return nullptr;
 }
@@ -122,22 +100,16 @@ WebKitCore::View* WebKitCore::viewOf(WebKitWebView* webView)
 
 void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
 {
-    auto* webView = WEBKIT_WEB_VIEW(webkit_web_view_new_with_context(context));
-    const GdkRGBA transparent = {0, 0, 0, 0};
-    webkit_web_view_set_background_color(webView, &transparent);
-    webkit_settings_set_allow_file_access_from_file_urls(webkit_web_view_get_settings(webView), FALSE);
-    // A remote control's arrows move between the page's links, as on a TV, and its keys go
-    // straight to the page, with no input method composing text from them.
-    webkit_settings_set_enable_spatial_navigation(webkit_web_view_get_settings(webView), TRUE);
-    webkit_web_view_set_input_method_context(webView, nullptr);
-    applyUserAgent(webView);
+    auto view = std::make_unique<PageView>(context, window);
+    view->setUserAgentExtension(userAgentExtension);
+    WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
     g_signal_connect(webView, "close", G_CALLBACK(closeRequested), this);
     g_signal_connect(webView, "decide-policy", G_CALLBACK(decidePolicy), this);
-    screen.add(GTK_WIDGET(webView));
-    gtk_widget_set_visible(GTK_WIDGET(webView), FALSE);
-    views[window] = std::unique_ptr<View>(new View{window, webView});
+    screen.add(view->widget());
+    gtk_widget_set_visible(view->widget(), FALSE);
+    views[window] = std::move(view);
 }
 
 void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
@@ -145,11 +117,8 @@ void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
     auto found = views.find(window);
     if (found == views.end())
         return;
-    WebKitWebView* webView = found->second->webView;
-    g_signal_handlers_disconnect_by_data(webView, this);
-    // The page goes with its window, even one stuck in a loop that would hold its process.
-    webkit_web_view_terminate_web_process(webView);
-    screen.remove(GTK_WIDGET(webView));
+    g_signal_handlers_disconnect_by_data(found->second->webView(), this);
+    screen.remove(found->second->widget());
     views.erase(found);
     dvb->windowGone(window);
 }
@@ -158,7 +127,7 @@ void WebKitCore::setVisible(DAXO_TesmoWindow* window, bool visible)
 {
     auto found = views.find(window);
     if (found != views.end())
-        screen.setVisible(GTK_WIDGET(found->second->webView), visible);
+        screen.setVisible(found->second->widget(), visible);
 }
 
 // WebKitGTK keeps no way to empty a view's back-forward list; a TV page has no back button
@@ -169,17 +138,7 @@ void WebKitCore::userAgentChanged(const std::string& extension)
 {
     userAgentExtension = extension;
     for (auto& entry : views)
-        applyUserAgent(entry.second->webView);
-}
-
-// WebKit's own user agent, with the library's extension after it.
-void WebKitCore::applyUserAgent(WebKitWebView* webView)
-{
-    WebKitSettings* settings = webkit_web_view_get_settings(webView);
-    webkit_settings_set_user_agent(settings, nullptr);
-    if (!userAgentExtension.empty())
-        webkit_settings_set_user_agent(settings,
-                                       (std::string(webkit_settings_get_user_agent(settings)) + " " + userAgentExtension).c_str());
+        entry.second->setUserAgentExtension(extension);
 }
 
 // ---------------------------------------------------------------- loads
@@ -200,7 +159,7 @@ void WebKitCore::load(DAXO_TesmoWindow* window, const std::string& url)
         lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status)});
         return;
     }
-    webkit_web_view_load_uri(found->second->webView, url.c_str());
+    found->second->load(url);
 }
 
 // What WebKit reported goes to the library after the next tick, from the TV's loop, never
@@ -226,7 +185,7 @@ void WebKitCore::afterTick()
 bool WebKitCore::busy() const
 {
     for (const auto& entry : views)
-        if (webkit_web_view_is_loading(entry.second->webView))
+        if (webkit_web_view_is_loading(entry.second->webView()))
             return true;
     return dvb->busy() || !lateReports.empty();
 }
@@ -234,13 +193,13 @@ bool WebKitCore::busy() const
 void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
-    View* view = self->viewOf(webView);
+    PageView* view = self->viewOf(webView);
     if (!view)
         return;
     if (event == WEBKIT_LOAD_STARTED) {
         view->failed = false;
         view->silent = false;
-        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
         return;
     }
     if (event != WEBKIT_LOAD_FINISHED || view->failed || view->silent)
@@ -255,36 +214,36 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
     const std::string url = webkit_web_view_get_uri(webView) ? webkit_web_view_get_uri(webView) : "";
     const int16_t reported = int16_t(status ? status : 200);
     self->out->say((reported == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(reported) + ": ") + url +
-                   " in " + self->windowName(view->window));
-    self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, reported});
+                   " in " + self->windowName(view->window()));
+    self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, 0, reported});
 }
 
 gboolean WebKitCore::loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
-    View* view = self->viewOf(webView);
+    PageView* view = self->viewOf(webView);
     if (!view || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
         return FALSE;
     if (view->silent && g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE))
         return TRUE;
     view->failed = true;
-    self->out->say(std::string("load failed: ") + (uri ? uri : "") + " in " + self->windowName(view->window) + " (" +
+    self->out->say(std::string("load failed: ") + (uri ? uri : "") + " in " + self->windowName(view->window()) + " (" +
                    error->message + ")");
     // A server that cannot be reached is a connection failure; anything else, a failed load.
     const bool unreachable = error->domain != WEBKIT_POLICY_ERROR && error->domain != WEBKIT_PLUGIN_ERROR;
     if (unreachable)
-        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
     else
-        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
     return TRUE;  // no error page on a TV
 }
 
 void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
-    if (View* view = self->viewOf(webView)) {
-        self->out->say("the page in " + self->windowName(view->window) + " closes its window");
-        self->lateReports.push_back({view->window, DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
+    if (PageView* view = self->viewOf(webView)) {
+        self->out->say("the page in " + self->windowName(view->window()) + " closes its window");
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
     }
 }
 
@@ -300,7 +259,7 @@ gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* 
     if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
         return FALSE;
     auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
-    View* view = static_cast<WebKitCore*>(self)->viewOf(webView);
+    PageView* view = static_cast<WebKitCore*>(self)->viewOf(webView);
     if (PageDownloads::take(response)) {
         if (view)
             view->silent = true;  // the download says what became of it
@@ -316,7 +275,7 @@ gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* 
 
 void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
 {
-    View* view = viewOf(webView);
+    PageView* view = viewOf(webView);
     if (!view)
         return;
     auto ait = std::make_unique<XmlAit>();
@@ -324,11 +283,11 @@ void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
     int result = 0;
     if (!ait->load(file, error)) {
         out->say("the page's XML AIT does not parse: " + error);
-        tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED, nullptr, &result);
+        tesmo_hbbtv_handle_notification(nullptr, view->window(), DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED, nullptr, &result);
         return;
     }
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window, DAXO_TESMO_EVT_AIT, ait->record(), &result);
-    out->say("XML AIT received in " + windowName(view->window) + ": " +
+    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
+    out->say("XML AIT received in " + windowName(view->window()) + ": " +
              (handled ? "result " + std::to_string(result) : std::string("not for the library")));
     xmlAits.push_back(std::move(ait));
 }
@@ -338,20 +297,20 @@ void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
 void WebKitCore::pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri,
                               unsigned status)
 {
-    View* view = viewOf(webView);
+    PageView* view = viewOf(webView);
     if (!view)
         return;
     view->handedOverStatus = status ? status : 200;
-    webkit_web_view_load_bytes(webView, bytes, type.c_str(), nullptr, loadableUri(webView, uri).c_str());
+    view->showBytes(bytes, type, uri);
 }
 
 void WebKitCore::pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error)
 {
-    View* view = viewOf(webView);
+    PageView* view = viewOf(webView);
     if (!view)
         return;
-    out->say("load failed: " + uri + " in " + windowName(view->window) + " (" + error + ")");
-    lateReports.push_back({view->window, DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
+    out->say("load failed: " + uri + " in " + windowName(view->window()) + " (" + error + ")");
+    lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
 }
 
 // ---------------------------------------------------------------- dvb: streams
@@ -375,19 +334,18 @@ void WebKitCore::streamEnded(void* stream, int status, bool finished)
 
 std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const std::string& arguments)
 {
-    View* view = nullptr;
+    PageView* view = nullptr;
     for (auto& entry : views)
-        if (webkit_web_view_get_page_id(entry.second->webView) == pageId)
+        if (entry.second->pageId() == pageId)
             view = entry.second.get();
     if (!view)
         return "null";
-    const char* uri = webkit_web_view_get_uri(view->webView);
-    const std::string answer = objects.call({view->window, handleOf(view->window), uri ? uri : ""}, name, arguments);
+    const std::string answer = objects.call({view->window(), handleOf(view->window()), view->uri()}, name, arguments);
     describeCall(*view, name, arguments, answer);
     return answer;
 }
 
-void WebKitCore::describeCall(const View& view, const std::string& name, const std::string& arguments,
+void WebKitCore::describeCall(const PageView& view, const std::string& name, const std::string& arguments,
                               const std::string& answer)
 {
     if (name == "Page.painted" || name == "Page.debug")
@@ -396,7 +354,7 @@ void WebKitCore::describeCall(const View& view, const std::string& name, const s
     if (name == "Requests.vet" && answer == "false")
         out->say("the page's request for " + arguments.substr(2, arguments.size() - 4) + " is refused");
     else if (!isQuestion(name))
-        out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window) + ")");
+        out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window()) + ")");
 }
 
 JsonNode* WebKitCore::painted(const PageContext& page)
@@ -410,9 +368,9 @@ JsonNode* WebKitCore::painted(const PageContext& page)
     return reply::null();
 }
 
-void WebKitCore::toPage(WebKitWebView* webView, const std::string& name, const std::string& payloadJson)
+void WebKitCore::toPage(const PageView& view, const std::string& name, const std::string& payloadJson)
 {
-    channel->emitEvent(webkit_web_view_get_page_id(webView), name, payloadJson);
+    channel->emitEvent(view.pageId(), name, payloadJson);
 }
 
 // A key the library admitted goes into the page as the engine's own input, so that the page
@@ -421,30 +379,8 @@ void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
 {
     auto found = views.find(activeWindow());
     const RemoteKey* remote = remoteKeyByReceiverCode(int32_t(key));
-    if (found == views.end() || !remote)
-        return;
-    GtkWidget* widget = GTK_WIDGET(found->second->webView);
-    GdkWindow* window = gtk_widget_get_window(widget);
-    if (!window)
-        return;
-    GdkEvent* event = gdk_event_new(action == 0 ? GDK_KEY_PRESS : GDK_KEY_RELEASE);
-    event->key.window = GDK_WINDOW(g_object_ref(window));
-    event->key.send_event = TRUE;
-    event->key.time = guint32(g_get_monotonic_time() / 1000);
-    event->key.keyval = remote->engineKeyval;
-    GdkKeymapKey* entries = nullptr;
-    gint count = 0;
-    if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), remote->engineKeyval,
-                                          &entries, &count) && count > 0)
-        event->key.hardware_keycode = guint16(entries[0].keycode);
-    g_free(entries);
-    GdkSeat* seat = gdk_display_get_default_seat(gdk_window_get_display(window));
-    gdk_event_set_device(event, seat ? gdk_seat_get_keyboard(seat) : nullptr);
-    // Through GTK's own dispatch to the focused view, as a real key takes it.
-    if (!gtk_widget_has_focus(widget))
-        gtk_widget_grab_focus(widget);
-    gtk_main_do_event(event);
-    gdk_event_free(event);
+    if (found != views.end() && remote)
+        found->second->sendKey(action == 0, remote->engineKeyval);
 }
 
 // A stream event goes to the page whose listener subscribed it.
@@ -462,7 +398,7 @@ void WebKitCore::streamEvent(void* listener, const std::string& name, const std:
     json_object_set_string_member(event, "status", status.c_str());
     JsonNode* node = json_node_init_object(json_node_alloc(), event);
     char* json = json_to_string(node, FALSE);
-    toPage(found->second->webView, "StreamEvents.event", json);
+    toPage(*found->second, "StreamEvents.event", json);
     g_free(json);
     json_node_unref(node);
     json_object_unref(event);
@@ -475,7 +411,7 @@ void WebKitCore::channelChanged(const Channel& channel)
     JsonNode* json = VideoBroadcastObject::channelJson(channel);
     char* text = json_to_string(json, FALSE);
     for (auto& entry : views)
-        toPage(entry.second->webView, "VideoBroadcast.channelChanged", text);
+        toPage(*entry.second, "VideoBroadcast.channelChanged", text);
     g_free(text);
     json_node_unref(json);
 }
@@ -483,27 +419,12 @@ void WebKitCore::channelChanged(const Channel& channel)
 void WebKitCore::applicationEvent(const char* name, uint32_t applicationId)
 {
     for (auto& entry : views)
-        toPage(entry.second->webView, std::string("ApplicationManager.") + name, std::to_string(applicationId));
+        toPage(*entry.second, std::string("ApplicationManager.") + name, std::to_string(applicationId));
 }
 void WebKitCore::evaluate(const std::string& script, std::function<void(const std::string&)> done)
 {
     auto found = views.find(activeWindow());
     if (found == views.end())
         return done("(no page)");
-    auto* callback = new std::function<void(const std::string&)>(std::move(done));
-    webkit_web_view_evaluate_javascript(
-        found->second->webView, script.c_str(), -1, nullptr, nullptr, nullptr,
-        [](GObject* view, GAsyncResult* result, gpointer data) {
-            auto* reply = static_cast<std::function<void(const std::string&)>*>(data);
-            GError* error = nullptr;
-            JSCValue* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, &error);
-            char* json = value ? jsc_value_to_json(value, 0) : nullptr;
-            (*reply)(json ? json : value ? "undefined" : std::string("error: ") + (error ? error->message : "?"));
-            g_free(json);
-            if (value)
-                g_object_unref(value);
-            g_clear_error(&error);
-            delete reply;
-        },
-        callback);
+    found->second->evaluate(script, std::move(done));
 }

@@ -14,13 +14,14 @@
 #include "DvbScheme.h"
 #include "PageDownloads.h"
 #include "PageObjects.h"
+#include "PageView.h"
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
 #include "objects/VideoBroadcastObject.h"
 
-// The browser core on WebKitGTK: a web view for each browser window the platform grants,
-// stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
+// The browser core on WebKitGTK: a web view (PageView) for each browser window the platform
+// grants, stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
 // an HTTP status, failed, closed by script, an XML AIT received) goes to the library as the
 // browser core's notifications, from the tick loop. dvb: is a URI scheme of its own
 // (DvbScheme), XML AITs and pages of HbbTV's type come through downloads (PageDownloads),
@@ -47,7 +48,6 @@ public:
     void startClock() { clockStart = std::chrono::steady_clock::now(); }
 
 private:
-    struct View;
     struct LateReport {
         DAXO_TesmoWindow* window;
         int id;
@@ -66,11 +66,10 @@ private:
     void keyEvent(int action, DAXO_KEY_SYM key) override;
 
     std::string pageCall(guint64 pageId, const std::string& name, const std::string& argumentsJson);
-    void describeCall(const View& view, const std::string& name, const std::string& arguments, const std::string& answer);
+    void describeCall(const PageView& view, const std::string& name, const std::string& arguments, const std::string& answer);
     JsonNode* painted(const PageContext& page);
-    View* viewOf(WebKitWebView* webView);
-    void applyUserAgent(WebKitWebView* webView);
-    void toPage(WebKitWebView* view, const std::string& name, const std::string& payloadJson);
+    PageView* viewOf(WebKitWebView* webView);
+    void toPage(const PageView& view, const std::string& name, const std::string& payloadJson);
 
     // WebKit's signals
     static void loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
@@ -90,7 +89,7 @@ private:
     PageObjects objects;
     PageMethods coreMethods;
     VideoBroadcastObject videoBroadcast;
-    std::map<DAXO_TesmoWindow*, std::unique_ptr<View>> views;
+    std::map<DAXO_TesmoWindow*, std::unique_ptr<PageView>> views;
     std::unique_ptr<DvbScheme> dvb;
     std::unique_ptr<PageDownloads> downloads;
     std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick

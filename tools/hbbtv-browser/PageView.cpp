@@ -1,0 +1,100 @@
+#include "PageView.h"
+
+namespace {
+
+std::string withoutFragment(const std::string& uri)
+{
+    return uri.substr(0, uri.find('#'));
+}
+
+} // namespace
+
+PageView::PageView(WebKitWebContext* context, DAXO_TesmoWindow* window)
+    : browserWindow(window), view(WEBKIT_WEB_VIEW(g_object_ref_sink(webkit_web_view_new_with_context(context))))
+{
+    const GdkRGBA transparent = {0, 0, 0, 0};
+    webkit_web_view_set_background_color(view, &transparent);
+    WebKitSettings* settings = webkit_web_view_get_settings(view);
+    webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
+    // A remote control's arrows move between the page's links, as on a TV, and its keys go
+    // straight to the page, with no input method composing text from them.
+    webkit_settings_set_enable_spatial_navigation(settings, TRUE);
+    webkit_web_view_set_input_method_context(view, nullptr);
+}
+
+PageView::~PageView()
+{
+    webkit_web_view_terminate_web_process(view);
+    g_object_unref(view);
+}
+
+std::string PageView::uri() const
+{
+    const char* current = webkit_web_view_get_uri(view);
+    return current ? current : "";
+}
+
+void PageView::setUserAgentExtension(const std::string& extension)
+{
+    WebKitSettings* settings = webkit_web_view_get_settings(view);
+    webkit_settings_set_user_agent(settings, nullptr);
+    if (!extension.empty())
+        webkit_settings_set_user_agent(settings, (std::string(webkit_settings_get_user_agent(settings)) + " " + extension).c_str());
+}
+
+void PageView::load(const std::string& url)
+{
+    webkit_web_view_load_uri(view, url.c_str());
+}
+
+// WebKit takes a load of the document's own URL with a fragment for a jump within it, so a
+// reload of such a page loads it without its fragment.
+void PageView::showBytes(GBytes* bytes, const std::string& type, const std::string& url)
+{
+    const std::string target = withoutFragment(uri()) == withoutFragment(url) ? withoutFragment(url) : url;
+    webkit_web_view_load_bytes(view, bytes, type.c_str(), nullptr, target.c_str());
+}
+
+void PageView::sendKey(bool press, unsigned keyval)
+{
+    GdkWindow* window = gtk_widget_get_window(widget());
+    if (!window)
+        return;
+    GdkEvent* event = gdk_event_new(press ? GDK_KEY_PRESS : GDK_KEY_RELEASE);
+    event->key.window = GDK_WINDOW(g_object_ref(window));
+    event->key.send_event = TRUE;
+    event->key.time = guint32(g_get_monotonic_time() / 1000);
+    event->key.keyval = keyval;
+    GdkKeymapKey* entries = nullptr;
+    gint count = 0;
+    if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), keyval, &entries,
+                                          &count) && count > 0)
+        event->key.hardware_keycode = guint16(entries[0].keycode);
+    g_free(entries);
+    GdkSeat* seat = gdk_display_get_default_seat(gdk_window_get_display(window));
+    gdk_event_set_device(event, seat ? gdk_seat_get_keyboard(seat) : nullptr);
+    if (!gtk_widget_has_focus(widget()))
+        gtk_widget_grab_focus(widget());
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+}
+
+void PageView::evaluate(const std::string& script, std::function<void(const std::string&)> done)
+{
+    auto* callback = new std::function<void(const std::string&)>(std::move(done));
+    webkit_web_view_evaluate_javascript(
+        view, script.c_str(), -1, nullptr, nullptr, nullptr,
+        [](GObject* source, GAsyncResult* result, gpointer data) {
+            auto* reply = static_cast<std::function<void(const std::string&)>*>(data);
+            GError* error = nullptr;
+            JSCValue* value = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error);
+            char* json = value ? jsc_value_to_json(value, 0) : nullptr;
+            (*reply)(json ? json : value ? "undefined" : std::string("error: ") + (error ? error->message : "?"));
+            g_free(json);
+            if (value)
+                g_object_unref(value);
+            g_clear_error(&error);
+            delete reply;
+        },
+        callback);
+}

@@ -1,0 +1,47 @@
+#ifndef TESMO_BROWSER_PAGEVIEW_H
+#define TESMO_BROWSER_PAGEVIEW_H
+
+#include <webkit2/webkit2.h>
+
+#include <functional>
+#include <string>
+
+#include "tesmo_hbbtv/browser_core.h"
+
+// The web view of one browser window, set up as a TV's: transparent where the page paints
+// nothing, spatial navigation for the remote's arrows, no input method, the library's
+// user-agent extension. Its web process goes with it, even one stuck in a loop.
+class PageView {
+public:
+    PageView(WebKitWebContext* context, DAXO_TesmoWindow* window);
+    ~PageView();
+    PageView(const PageView&) = delete;
+    PageView& operator=(const PageView&) = delete;
+
+    DAXO_TesmoWindow* window() const { return browserWindow; }
+    WebKitWebView* webView() const { return view; }
+    GtkWidget* widget() const { return GTK_WIDGET(view); }
+    guint64 pageId() const { return webkit_web_view_get_page_id(view); }
+    std::string uri() const;
+
+    // WebKit's own user agent with the extension after it (none when empty).
+    void setUserAgentExtension(const std::string& extension);
+    void load(const std::string& url);
+    // A page's bytes under a type the engine shows, with the page's own URL.
+    void showBytes(GBytes* bytes, const std::string& type, const std::string& url);
+    // A key as the engine's own input, through GTK's dispatch to the focused view.
+    void sendKey(bool press, unsigned keyval);
+    // A script's value as JSON text, or the error.
+    void evaluate(const std::string& script, std::function<void(const std::string&)> done);
+
+    // The state of the load under way, as the core reports it.
+    bool failed = false;  // reported as failed; its end says nothing more
+    bool silent = false;  // became a download: an XML AIT, or a page handed over
+    unsigned handedOverStatus = 0;  // the HTTP status of a page whose bytes are being shown
+
+private:
+    DAXO_TesmoWindow* browserWindow;
+    WebKitWebView* view;  // owned through the screen's container once added
+};
+
+#endif
