@@ -88,6 +88,16 @@ Bytes contentSize(uint32_t size)
     return info;
 }
 
+// The section's length (CRC included) in its header, and the CRC after it.
+Bytes withLengthAndCrc(Bytes section)
+{
+    const size_t length = section.size() - 3 + 4;
+    section[1] = uint8_t(0xB0 | length >> 8);
+    section[2] = uint8_t(length);
+    put32(section, tesmo_test::crc32Mpeg(section.data(), section.size()));
+    return section;
+}
+
 // A DSM-CC section around a message of the given id.
 Bytes dsmccSection(uint8_t tableId, uint16_t extension, uint8_t version, uint8_t number, uint8_t last,
                    uint16_t messageId, uint32_t transaction, const Bytes& payload)
@@ -103,11 +113,7 @@ Bytes dsmccSection(uint8_t tableId, uint16_t extension, uint8_t version, uint8_t
     section.insert(section.end(), {0xFF, 0x00});
     put16(section, uint32_t(payload.size()));
     append(section, payload);
-    const size_t length = section.size() - 3 + 4;
-    section[1] = uint8_t(0xB0 | length >> 8);
-    section[2] = uint8_t(length);
-    put32(section, tesmo_test::crc32Mpeg(section.data(), section.size()));
-    return section;
+    return withLengthAndCrc(section);
 }
 
 Bytes carried(const ModuleSpec& module)
@@ -184,11 +190,7 @@ Bytes streamEventSection(uint16_t eventId, uint8_t version, const std::string& p
     put8(section, 0xC1 | uint32_t(version & 0x1F) << 1);
     section.insert(section.end(), {0, 0});
     append(section, descriptor);
-    const size_t length = section.size() - 3 + 4;
-    section[1] = uint8_t(0xB0 | length >> 8);
-    section[2] = uint8_t(length);
-    put32(section, tesmo_test::crc32Mpeg(section.data(), section.size()));
-    return section;
+    return withLengthAndCrc(section);
 }
 
 Bytes serverInitiateSection(const CarouselIds& ids, const Reference& gateway)

@@ -396,12 +396,11 @@ void WebKitCore::streamEvent(void* listener, const std::string& name, const std:
     json_object_set_string_member(event, "data", data.c_str());
     json_object_set_string_member(event, "text", text.c_str());
     json_object_set_string_member(event, "status", status.c_str());
-    JsonNode* node = json_node_init_object(json_node_alloc(), event);
+    JsonNode* node = reply::object(event);
     char* json = json_to_string(node, FALSE);
     toPage(*found->second, "StreamEvents.event", json);
     g_free(json);
     json_node_unref(node);
-    json_object_unref(event);
 }
 
 // Every page's video/broadcast objects follow the TV to the new service.

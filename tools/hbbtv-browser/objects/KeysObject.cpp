@@ -23,9 +23,7 @@ JsonNode* table(const PageContext&, const Arguments&)
     JsonObject* both = json_object_new();
     json_object_set_object_member(both, "constants", constants);
     json_object_set_object_member(both, "engine", engine);
-    JsonNode* node = json_node_init_object(json_node_alloc(), both);
-    json_object_unref(both);
-    return node;
+    return reply::object(both);
 }
 
 } // namespace

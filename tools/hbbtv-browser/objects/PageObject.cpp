@@ -73,11 +73,16 @@ JsonNode* null()
 
 JsonNode* result(int result, double value)
 {
-    JsonObject* object = json_object_new();
-    json_object_set_int_member(object, "result", result);
-    json_object_set_double_member(object, "value", value);
-    JsonNode* node = json_node_init_object(json_node_alloc(), object);
-    json_object_unref(object);
+    JsonObject* members = json_object_new();
+    json_object_set_int_member(members, "result", result);
+    json_object_set_double_member(members, "value", value);
+    return object(members);
+}
+
+JsonNode* object(JsonObject* members)
+{
+    JsonNode* node = json_node_init_object(json_node_alloc(), members);
+    json_object_unref(members);
     return node;
 }
 

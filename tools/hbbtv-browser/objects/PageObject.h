@@ -42,6 +42,8 @@ JsonNode* text(const std::string& value);
 JsonNode* null();
 // {"result": result, "value": value}: a binding's result code with the number it wrote.
 JsonNode* result(int result, double value);
+// The object as a node; takes the caller's reference to it.
+JsonNode* object(JsonObject* members);
 } // namespace reply
 
 using PageMethod = std::function<JsonNode*(const PageContext& page, const Arguments& args)>;

@@ -35,9 +35,7 @@ JsonNode* configuration(const PageContext&, const Arguments&)
     JsonObject* both = json_object_new();
     json_object_set_object_member(both, "configuration", preferences);
     json_object_set_object_member(both, "localSystem", system);
-    JsonNode* node = json_node_init_object(json_node_alloc(), both);
-    json_object_unref(both);
-    return node;
+    return reply::object(both);
 }
 
 JsonNode* capabilities(const PageContext&, const Arguments&)

@@ -20,9 +20,7 @@ JsonNode* objectWith(const char* name, JsonNode* value)
 {
     JsonObject* object = json_object_new();
     json_object_set_member(object, name, value);
-    JsonNode* node = json_node_init_object(json_node_alloc(), object);
-    json_object_unref(object);
-    return node;
+    return reply::object(object);
 }
 
 JsonNode* securityError()
@@ -96,9 +94,7 @@ JsonNode* VideoBroadcastObject::channelJson(const Channel& channel)
     json_object_set_string_member(object, "name", channel.name.c_str());
     json_object_set_int_member(object, "channelType", TYPE_TV);
     json_object_set_int_member(object, "idType", ID_DVB_T);
-    JsonNode* node = json_node_init_object(json_node_alloc(), object);
-    json_object_unref(object);
-    return node;
+    return reply::object(object);
 }
 
 JsonNode* VideoBroadcastObject::bind(const PageContext& page)
