@@ -266,7 +266,7 @@ TEST_F(BrowserTest, PagesOfTheHbbTVTypeRunWithTheirOwnUrl)
 {
     const std::string page = server.base() + "probe/content.html";
     const std::string out = browse("--start-url '" + page + "?x=1#top' --exit-after 100 --eval 'report()@90' && " +
-                                   HBBTV_BROWSER " --start-url '" + server.base() + "probe/broken.html' --exit-after 30" +
+                                   HBBTV_BROWSER " --start-url '" + server.base() + "probe/broken.html' --exit-after 40" +
                                    " --eval \"document.querySelector('parsererror') === null && document.getElementById('text').textContent\"@20");
     const std::string origin = server.base().substr(0, server.base().size() - 1);
     EXPECT_NE(out.find(R"(\"href\":\")" + page + R"(?q=tv\")"), std::string::npos) << out;
@@ -337,8 +337,8 @@ TEST_F(BrowserTest, TerminalObjectsAnswerForTheAnnouncedProfiles)
 // remote's keyCode and key, keypress for a digit, and ENTER following the focused link.
 TEST_F(BrowserTest, AdmittedKeysAreTrustedInputWithTheirDefaultActions)
 {
-    const std::string out = browse("--start-url '" + server.base() + "probe/keys.html' --exit-after 60" +
-                                   " --key RED@20 --key 5@22 --eval 'report()'@30 --key ENTER@35 --eval location.search@50");
+    const std::string out = browse("--start-url '" + server.base() + "probe/keys.html' --exit-after 110" +
+                                   " --key RED@60 --key 5@62 --eval 'report()'@70 --key ENTER@75 --eval location.search@95");
     EXPECT_NE(out.find("\"keydown 403 ColorF0Red true,keyup 403 ColorF0Red true,"
                        "keydown 53 5 true,keypress 53 5 true,keyup 53 5 true\""),
               std::string::npos) << out;
@@ -356,18 +356,18 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
         " function keep(e) { events.push([e.name, e.status, e.text, e.data.substring(0, 8)].join('/')); }"
         " v.addStreamEventListener('events/sample', 'news', keep);"
         " v.addStreamEventListener('dvb://1.1.1.5/events/sample', 'sports', keep); })()";
-    const std::string out = browse(capture("missing/") + " --exit-after 70 --eval \"" + subscribe + "\"@30" +
-                                   " --eval \"events.sort().join('|')\"@60");
+    const std::string out = browse(capture("missing/") + " --exit-after 110 --eval \"" + subscribe + "\"@70" +
+                                   " --eval \"events.sort().join('|')\"@100");
     EXPECT_NE(out.find("stream events subscribed: 1.1.1.5/events/sample"), std::string::npos) << out;
     EXPECT_NE(out.find("stream event \"news\" trigger: Breaking news from the sample broadcaster"), std::string::npos) << out;
     EXPECT_NE(out.find("\"news/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
               std::string::npos) << out;
 
     // The same event named by an XML event description that a broadband page fetches.
-    const std::string xml = browse(capture("app/") + " --exit-after 70 --eval \"" +
+    const std::string xml = browse(capture("app/") + " --exit-after 110 --eval \"" +
                                    std::regex_replace(subscribe, std::regex("'events/sample', 'news'"),
                                                       "'" + server.base() + "probe/events.xml', 'headline'") +
-                                   "\"@30 --eval \"events.sort().join('|')\"@60");
+                                   "\"@70 --eval \"events.sort().join('|')\"@100");
     EXPECT_TRUE(server.asked("/probe/events.xml"));
     EXPECT_NE(xml.find("stream events subscribed on service 1"), std::string::npos) << xml;
     EXPECT_NE(xml.find("\"headline/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),

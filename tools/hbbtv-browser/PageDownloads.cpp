@@ -47,6 +47,7 @@ bool PageDownloads::take(WebKitResponsePolicyDecision* decision)
 
 void PageDownloads::started(WebKitWebContext*, WebKitDownload* download, gpointer self)
 {
+    ++static_cast<PageDownloads*>(self)->active;
     g_signal_connect(download, "decide-destination", G_CALLBACK(decideDestination), nullptr);
     g_signal_connect(download, "finished", G_CALLBACK(finished), self);
     g_signal_connect(download, "failed", G_CALLBACK(failed), self);
@@ -70,6 +71,7 @@ gboolean PageDownloads::decideDestination(WebKitDownload* download, const char*,
 void PageDownloads::finished(WebKitDownload* download, gpointer data)
 {
     auto* self = static_cast<PageDownloads*>(data);
+    --self->active;
     WebKitWebView* webView = webkit_download_get_web_view(download);
     const char* destination = webkit_download_get_destination(download);
     char* path = destination ? g_filename_from_uri(destination, nullptr, nullptr) : nullptr;

@@ -27,6 +27,8 @@ public:
     // A main-frame response that is one of these becomes a download; true when it did.
     static bool take(WebKitResponsePolicyDecision* decision);
     static bool isXmlAit(const std::string& contentType);
+    // Downloads under way: a page still on its way.
+    bool busy() const { return active > 0; }
 
 private:
     static void started(WebKitWebContext*, WebKitDownload* download, gpointer self);
@@ -36,6 +38,7 @@ private:
 
     WebKitWebContext* context;
     Handlers handlers;
+    int active = 0;
 };
 
 #endif

@@ -187,7 +187,7 @@ bool WebKitCore::busy() const
     for (const auto& entry : views)
         if (webkit_web_view_is_loading(entry.second->webView()))
             return true;
-    return dvb->busy() || !lateReports.empty();
+    return dvb->busy() || downloads->busy() || !lateReports.empty();
 }
 
 void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer data)
