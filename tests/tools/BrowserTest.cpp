@@ -374,6 +374,24 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
               std::string::npos) << xml;
 }
 
+// A page that allocates without end is stopped at its memory limit, and one whose web
+// process is killed is noticed: each fails as a TV's browser reports it, the application
+// stops, and its keys stay with the TV.
+TEST_F(BrowserTest, ADeadOrRunawayPageIsNoticed)
+{
+    const std::string probe = "--start-url '" + server.base() + "probe/probe.html";
+    const std::string runaway = browse(probe + "?hog' --page-memory 64 --exit-after 150 --eval 'takeRed()'@20 --key RED@140");
+    EXPECT_NE(runaway.find("has died (over its memory limit)"), std::string::npos) << runaway;
+    EXPECT_NE(runaway.find("stopped: a broadband application " + server.base() + "probe/probe.html?hog"), std::string::npos)
+        << runaway;
+    EXPECT_NE(runaway.find("key RED stays with the TV"), std::string::npos) << runaway;
+
+    const std::string killed = browse(probe + "' --exit-after 300 --eval 'takeRed()'@20 --key RED@280"
+                                      " & sleep 3; pkill -9 -f '[W]ebKitWebProcess'; wait");
+    EXPECT_NE(killed.find("has died (its web process crashed)"), std::string::npos) << killed;
+    EXPECT_NE(killed.find("key RED stays with the TV"), std::string::npos) << killed;
+}
+
 // A page that throws while it loads, then loops for ever, holds up neither the library's
 // ticks nor the platform: keys are still decided and the run ends on time.
 TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)

@@ -44,7 +44,8 @@ GVariant* pageScripts(const std::string& directory)
 
 } // namespace
 
-WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory)
+WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory,
+                       unsigned pageMemoryMb)
     : screen(tvScreen), videoBroadcast(tvScreen)
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
@@ -59,7 +60,13 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     };
     objects.add(coreMethods);
     objects.add(videoBroadcast.methods());
-    context = webkit_web_context_new();
+    WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
+    webkit_memory_pressure_settings_set_memory_limit(memory, pageMemoryMb);
+    // Past the limit the process is killed, as a TV must rather than swap; checked each second.
+    webkit_memory_pressure_settings_set_kill_threshold(memory, 1.0);
+    webkit_memory_pressure_settings_set_poll_interval(memory, 1.0);
+    context = WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", memory, nullptr));
+    webkit_memory_pressure_settings_free(memory);
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
         context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
@@ -106,6 +113,7 @@ void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
     g_signal_connect(webView, "close", G_CALLBACK(closeRequested), this);
+    g_signal_connect(webView, "web-process-terminated", G_CALLBACK(processEnded), this);
     g_signal_connect(webView, "decide-policy", G_CALLBACK(decidePolicy), this);
     screen.add(view->widget());
     gtk_widget_set_visible(view->widget(), FALSE);
@@ -245,6 +253,20 @@ void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
         self->out->say("the page in " + self->windowName(view->window()) + " closes its window");
         self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
     }
+}
+
+// A page whose web process ended (a crash, a kill, its memory limit) has failed as a TV's
+// browser reports it: its window closes, so the library stops the application and keys no
+// longer go there. The core's own ending of a page is not reported (its handlers are gone).
+void WebKitCore::processEnded(WebKitWebView* webView, WebKitWebProcessTerminationReason reason, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    PageView* view = self->viewOf(webView);
+    if (!view || reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
+        return;
+    self->out->say("the page in " + self->windowName(view->window()) + " has died (" +
+                   (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? "over its memory limit" : "its web process crashed") + ")");
+    self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
 }
 
 // Pages open no windows of their own; an XML AIT or a page of HbbTV's type becomes a

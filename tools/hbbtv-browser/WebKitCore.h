@@ -30,7 +30,9 @@
 class WebKitCore : public BrowserCore {
 public:
     // The extension's directory, and the directory of the page objects' scripts.
-    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& scriptDirectory);
+    // Each page's web process is stopped above pageMemoryMb.
+    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& scriptDirectory,
+               unsigned pageMemoryMb);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -75,6 +77,7 @@ private:
     static void loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
     static gboolean loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer self);
     static void closeRequested(WebKitWebView* webView, gpointer self);
+    static void processEnded(WebKitWebView* webView, WebKitWebProcessTerminationReason reason, gpointer self);
     static gboolean decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  gpointer self);
 

@@ -34,6 +34,7 @@ std::string usage(const Options& options)
                "  --eval SCRIPT@TICK      print what SCRIPT gives in the active page; repeatable\n"
                "  --exit-after TICK       quit after that tick (default: when the window closes)\n"
                "  --tick-ms N             milliseconds between ticks (default 20)\n"
+               "  --page-memory MB        a page's web process is stopped above this (default 400)\n"
                "\n"
                "and, as hbbtv-sim takes them:\n" + commonUsage();
     return "usage: hbbtv-sim [options] [CAPTURE.ts]\n"
@@ -162,6 +163,12 @@ bool OptionReader::browserOption(const std::string& arg)
         options.exitAfter = n;
         return true;
     }
+    if (arg == "--page-memory") {
+        if (!number(arg, 65536, n, "megabytes from 32 to 65536") || n < 32)
+            return refuse(arg + " takes megabytes from 32 to 65536");
+        options.pageMemoryMb = unsigned(n);
+        return true;
+    }
     if (!number(arg, 10000, n, "milliseconds from 1 to 10000") || n == 0)
         return refuse(arg + " takes milliseconds from 1 to 10000");
     options.tickMs = n;
@@ -170,7 +177,8 @@ bool OptionReader::browserOption(const std::string& arg)
 
 bool OptionReader::option(const std::string& arg, bool& wantHelp)
 {
-    static const char* const browserOptions[] = {"--start-url", "--screenshot", "--eval", "--exit-after", "--tick-ms"};
+    static const char* const browserOptions[] = {"--start-url", "--screenshot", "--eval", "--exit-after", "--tick-ms",
+                                                 "--page-memory"};
     for (const char* name : browserOptions)
         if (arg == name)
             return options.isBrowser() ? browserOption(arg) : refuse(arg + " is an option of hbbtv-browser");
