@@ -8,11 +8,14 @@
 #include <fstream>
 #include <iterator>
 
+#include "ConfinedFiles.h"
 #include "tesmo_hbbtv/bindings.h"
 #include "tesmo_hbbtv/platform.h"
 
 namespace {
 
+// A carousel file is a module; none is larger than a DII may announce.
+const size_t MAX_FILE_BYTES = 16u << 20;
 const size_t CAROUSEL_PIECE = 4096;
 const long FREE_MEMORY = 64L * 1024 * 1024;
 const uint64_t TICK_LIMIT = 1000000;
@@ -538,16 +541,13 @@ int TvPlatform::carouselGetFile(const char* path, void* id)
     const size_t slash = text.find('/');
     if (options->carouselDir.empty() && carouselFeed.active())
         return carouselFile(slash == std::string::npos ? "" : text.substr(slash + 1), id);
-    const std::string file = options->carouselDir + "/" + (slash == std::string::npos ? "" : text.substr(slash + 1));
-    std::ifstream in(file, std::ios::binary);
-    if (options->carouselDir.empty() || !in || slash == std::string::npos) {
-        out->say("carousel: no file for " + text);
+    std::string bytes, why = "no carousel directory";
+    const std::string relative = slash == std::string::npos ? "" : text.substr(slash + 1);
+    if (options->carouselDir.empty() || !ConfinedFiles(options->carouselDir, MAX_FILE_BYTES).read(relative, bytes, why)) {
+        out->say("carousel: no file for " + text + " (" + why + ")");
         return DSMCC_FILE_ERROR_CODE;
     }
-    OpenFile& open = files[id];
-    open.bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    open.offset = 0;
-    open.mime = mimeTypeOf(file);
+    files[id] = {std::move(bytes), 0, mimeTypeOf(relative.substr(0, relative.find_first_of("?#")))};
     return DSMCC_OK;
 }
 
