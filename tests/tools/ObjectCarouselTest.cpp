@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "CarouselFeed.h"
 #include "CarouselWriter.h"
 #include "ObjectCarousel.h"
@@ -54,6 +56,16 @@ Bytes corrupted(Bytes section, size_t blockByte)
 }
 
 const std::string KEY1("\0\0\0\1", 4), KEY2("\0\0\0\2", 4), KEY3("\0\0\0\3", 4);
+
+std::string key(uint32_t n)
+{
+    return std::string{char(n >> 24), char(n >> 16), char(n >> 8), char(n)};
+}
+
+void append(Bytes& to, const Bytes& more)
+{
+    to.insert(to.end(), more.begin(), more.end());
+}
 
 TEST(ObjectCarouselTest, WhatTheWriterWritesIsReadBack)
 {
@@ -157,6 +169,28 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         fed.feed(dataBlockSections(ids, withLoop));
         EXPECT_EQ(fed.entry("/loop/again")->problem, "a directory loop: it contains itself");
         EXPECT_EQ(fed.carousel.file("loop/again/again/x", content), ObjectCarousel::Lookup::MISSING);
+    }
+    {  // a directory bound under two names, names no file may have, a chain deeper than any carousel
+        Fed fed;
+        std::vector<NamedReference> top = {{"shared", {"dir", 1, KEY3}}, {"again", {"dir", 1, KEY3}},
+                                           {"..", {"dir", 1, KEY3}}, {std::string("a\0b", 3), {"dir", 1, KEY3}},
+                                           {"deep", {"dir", 1, key(100)}}};
+        ModuleSpec module{1, 1, biopDirectory(ids, "srg", KEY1, top), false};
+        append(module.data, biopDirectory(ids, "dir", KEY3, {}));
+        for (uint32_t level = 100; level < 100 + ObjectCarousel::MAX_DEPTH + 5; ++level)
+            append(module.data, biopDirectory(ids, "dir", key(level), {{"d", {"dir", 1, key(level + 1)}}}));
+        fed.feed({dsi, infoIndicationSection(ids, {module})});
+        fed.feed(dataBlockSections(ids, module));
+        EXPECT_EQ(fed.entry("/shared")->problem, "listed already as /again");
+        EXPECT_EQ(fed.entry("/..")->problem, "a name no file may have: not followed");
+        EXPECT_EQ(fed.entry("/a\\0b")->problem, "a name no file may have: not followed");
+        const std::vector<ObjectCarousel::Entry> entries = fed.carousel.list();
+        const auto deepest = std::find_if(entries.begin(), entries.end(),
+                                          [](const ObjectCarousel::Entry& e) { return !e.problem.empty() && e.problem[0] == 'd'; });
+        ASSERT_NE(deepest, entries.end());
+        EXPECT_EQ(deepest->problem, "deeper than 64 levels: not followed");
+        EXPECT_EQ(std::count(deepest->path.begin(), deepest->path.end(), '/'), 64);
+        EXPECT_LT(entries.size(), 80u);
     }
     {  // sections that are no DSM-CC download messages, or whose CRC fails
         Fed fed;

@@ -18,6 +18,23 @@ std::string moduleName(uint16_t id, uint8_t version)
     return "module " + std::to_string(id) + " v" + std::to_string(version);
 }
 
+// What a name must be to become a path segment: not empty, not a dot segment, no slash and
+// no NUL.
+bool isFileName(const std::string& name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+// A name as the listing shows it, its NUL bytes escaped.
+std::string printable(const std::string& name)
+{
+    std::string out;
+    for (char c : name)
+        out += c == '\0' ? std::string("\\0") : std::string(1, c);
+    return out.empty() ? "\"\"" : out;
+}
+
 std::string kindName(const std::string& kind)
 {
     if (kind == "srg")
@@ -182,33 +199,6 @@ const BiopObject* ObjectCarousel::resolve(const ObjectRef& ref, std::string& pro
     return nullptr;
 }
 
-void ObjectCarousel::listFrom(const ObjectRef& ref, const std::string& path,
-                              std::set<std::pair<uint16_t, std::string>>& open, std::vector<Entry>& out) const
-{
-    Entry entry;
-    entry.path = path;
-    entry.kind = kindName(ref.kind);
-    entry.module = ref.moduleId;
-    auto module = modules.find(ref.moduleId);
-    if (module != modules.end())
-        entry.version = module->second.info.version;
-    const BiopObject* object = resolve(ref, entry.problem);
-    if (object && !open.insert({ref.moduleId, ref.objectKey}).second) {
-        entry.problem = "a directory loop: it contains itself";
-        object = nullptr;
-    }
-    if (object)
-        entry.size = object->content.size();
-    out.push_back(entry);
-    if (!object)
-        return;
-    std::vector<Binding> bindings = object->bindings;
-    std::sort(bindings.begin(), bindings.end(), [](const Binding& a, const Binding& b) { return a.name < b.name; });
-    for (const Binding& binding : bindings)
-        listFrom(binding.target, (path == "/" ? "/" : path + "/") + binding.name, open, out);
-    open.erase({ref.moduleId, ref.objectKey});
-}
-
 std::vector<ObjectCarousel::ModuleStatus> ObjectCarousel::moduleStatus() const
 {
     std::vector<ModuleStatus> out;
@@ -220,12 +210,68 @@ std::vector<ObjectCarousel::ModuleStatus> ObjectCarousel::moduleStatus() const
     return out;
 }
 
+// Each object once, whatever the graph of directories: one bound under a second name (a
+// shared directory, or a loop) is listed where it was met first, and the second name says
+// so. No recursion a broadcast could drive, and no path deeper than MAX_DEPTH, so the work
+// and the text grow with the objects, not with the paths through them.
 std::vector<ObjectCarousel::Entry> ObjectCarousel::list() const
 {
+    struct Pending {
+        ObjectRef ref;
+        std::string path;
+        size_t depth;
+    };
     std::vector<Entry> out;
-    std::set<std::pair<uint16_t, std::string>> open;
+    std::map<std::pair<uint16_t, std::string>, std::string> listedAt;
+    std::vector<Pending> pending;
     if (gateway)
-        listFrom(*gateway, "/", open, out);
+        pending.push_back({*gateway, "/", 0});
+    while (!pending.empty()) {
+        const Pending next = std::move(pending.back());
+        pending.pop_back();
+        Entry entry;
+        entry.path = next.path;
+        entry.kind = kindName(next.ref.kind);
+        entry.module = next.ref.moduleId;
+        auto module = modules.find(next.ref.moduleId);
+        if (module != modules.end())
+            entry.version = module->second.info.version;
+        const BiopObject* object = resolve(next.ref, entry.problem);
+        if (object) {
+            auto first = listedAt.emplace(std::make_pair(next.ref.moduleId, next.ref.objectKey), next.path);
+            if (!first.second) {
+                const std::string& at = first.first->second;
+                entry.problem = next.path.compare(0, at.size() + 1, at + "/") == 0 || at == "/"
+                                    ? "a directory loop: it contains itself"
+                                    : "listed already as " + at;
+                object = nullptr;
+            }
+        }
+        if (object)
+            entry.size = object->content.size();
+        if (object && !object->bindings.empty() && next.depth >= MAX_DEPTH) {
+            entry.problem = "deeper than " + std::to_string(MAX_DEPTH) + " levels: not followed";
+            object = nullptr;
+        }
+        out.push_back(entry);
+        if (!object)
+            continue;
+        std::vector<Binding> bindings = object->bindings;
+        std::sort(bindings.begin(), bindings.end(), [](const Binding& a, const Binding& b) { return a.name > b.name; });
+        const std::string prefix = next.path == "/" ? "/" : next.path + "/";
+        for (const Binding& binding : bindings) {
+            if (isFileName(binding.name)) {
+                pending.push_back({binding.target, prefix + binding.name, next.depth + 1});
+                continue;
+            }
+            Entry refused;
+            refused.path = prefix + printable(binding.name);
+            refused.kind = kindName(binding.target.kind);
+            refused.module = binding.target.moduleId;
+            refused.problem = "a name no file may have: not followed";
+            out.push_back(refused);
+        }
+    }
     return out;
 }
 

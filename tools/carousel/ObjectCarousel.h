@@ -31,6 +31,8 @@ public:
         uint8_t version = 0;
         std::string problem;  // why the object cannot be read, if it cannot
     };
+    // Directories deeper than this are not followed: no real carousel comes near it.
+    static constexpr size_t MAX_DEPTH = 64;
     // The tree as far as it can be read now, in name order.
     std::vector<Entry> list() const;
 
@@ -73,8 +75,6 @@ private:
     Lookup find(const std::string& path, const std::string& kind, const BiopObject*& found) const;
     // The object a reference names, or null with the reason in problem.
     const BiopObject* resolve(const ObjectRef& ref, std::string& problem) const;
-    void listFrom(const ObjectRef& ref, const std::string& path, std::set<std::pair<uint16_t, std::string>>& open,
-                  std::vector<Entry>& out) const;
     static std::string missingBlocks(const Module& module);
 
     std::map<uint16_t, Module> modules;

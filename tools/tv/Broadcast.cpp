@@ -199,6 +199,8 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
             std::printf("  %-32s %-15s %12s  module %u v%u  %s\n", e.path.c_str(), e.kind.c_str(), size.c_str(),
                         e.module, e.version, e.problem.empty() ? "complete" : e.problem.c_str());
         }
+        if (!options.carouselExtract.empty() && !e.problem.empty())
+            std::printf("  not extracted: %s (%s)\n", e.path.c_str(), e.problem.c_str());
         if (e.kind != "file")
             continue;
         ++files;
