@@ -113,6 +113,38 @@ TEST(HbbtvSimTest, JsonLinesCarryEveryFieldOfTheNotifications)
     EXPECT_THAT(run.out, HasSubstr("{\"call\":\"hbbtv_ait_completed\",\"version_number\":1,"));
 }
 
+// A description that would need more than its stream can carry is refused, never written as
+// a broken stream.
+TEST(HbbtvSimTest, GeneratorRefusesWhatAStreamCannotCarry)
+{
+    const std::string desc = readFile(SAMPLE_DIR "/sample.desc");
+    std::string manyApplications;
+    for (int i = 0; i < 20; ++i)
+        manyApplications += "  application 0x10 " + std::to_string(0x100 + i) + " PRESENT priority 1 profile 0x0000 1.1.1\n"
+                            "    name \"An application with a long name\"\n    transport 1 http http://a.example/\n";
+    const std::pair<std::string, std::string> faults[] = {
+        {"carousel_block_size 512", "carousel_block_size 0"},
+        {"carousel_block_size 512", "carousel_block_size 4067"},
+        {"name \"Sample Catalogue\"", "name \"" + std::string(252, 'N') + "\""},
+        {"location index.html", "location " + std::string(256, 'l')},
+        {"section\n  application 0x10 0x0002", "section\n" + manyApplications + "  application 0x10 0x0002"},
+    };
+    char pattern[] = "/tmp/make-sample-XXXXXX";
+    const std::string dir = mkdtemp(pattern);
+    symlink(SAMPLE_DIR "/carousel", (dir + "/carousel").c_str());
+    auto generate = [&dir](const std::string& description) {
+        std::ofstream(dir + "/sample.desc") << description;
+        return std::system((MAKE_SAMPLE " " + dir + "/sample.desc " + dir + "/sample.ts 2>/dev/null").c_str());
+    };
+    ASSERT_EQ(generate(desc), 0) << "the sample itself, beside its carousel";
+    for (const auto& fault : faults) {
+        std::string bad = desc;
+        bad.replace(bad.find(fault.first), fault.first.size(), fault.second);
+        EXPECT_NE(generate(bad), 0) << fault.second.substr(0, 40);
+    }
+    std::system(("rm -rf " + dir).c_str());
+}
+
 TEST(HbbtvSimTest, GeneratorRoundTrip)
 {
     const std::string ts = tempFile("roundtrip.ts");

@@ -8,6 +8,20 @@ using namespace tesmo_test;
 
 namespace {
 
+// What a descriptor's one length byte, or a section, can hold: a text that does not fit is
+// refused rather than written as a broken stream.
+const size_t MAX_DESCRIPTOR_BODY = 255;
+const size_t MAX_NAME = MAX_DESCRIPTOR_BODY - 4;     // language code and length before it
+const size_t MAX_URL = MAX_DESCRIPTOR_BODY - 5;      // protocol, label, length and extension count
+const size_t MAX_BOUNDARY = MAX_DESCRIPTOR_BODY - 2;  // count and length before it
+const size_t MAX_EVENT_DATA = MAX_DESCRIPTOR_BODY - 10;
+const unsigned long MAX_BLOCK = 4066;  // a DownloadDataBlock in a section of 4096 bytes
+
+bool fits(const std::string& text, size_t limit)
+{
+    return text.size() <= limit;
+}
+
 // Words of a line; a double-quoted text is one word.
 std::vector<std::string> words(const std::string& line)
 {
@@ -68,7 +82,7 @@ bool parseTransport(const std::vector<std::string>& w, SampleApplication& app)
     if (!ok)
         return false;
     const uint8_t label = uint8_t(number(w[1], ok));
-    if (w[2] == "http")
+    if (w[2] == "http" && fits(w[3], MAX_URL))
         app.transports.push_back(httpTransport(label, w[3]));
     else if (w[2] == "carousel")
         app.transports.push_back(carouselTransport(label, uint8_t(number(w[3], ok))));
@@ -130,24 +144,26 @@ bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
         return parseApplication(w, service.sections.back().back());
     } else if (key == "transport" && app) {
         return parseTransport(w, *app);
-    } else if (key == "name" && app && w.size() == 2) {
+    } else if (key == "name" && app && w.size() == 2 && fits(w[1], MAX_NAME)) {
         app->name = w[1];
-    } else if (key == "location" && app && w.size() == 2) {
+    } else if (key == "location" && app && w.size() == 2 && fits(w[1], MAX_DESCRIPTOR_BODY)) {
         app->location = w[1];
-    } else if (key == "boundary" && app && w.size() == 2) {
+    } else if (key == "boundary" && app && w.size() == 2 && fits(w[1], MAX_BOUNDARY)) {
         app->boundaries.push_back(w[1]);
     } else if (key == "carousel_folder" && w.size() == 2) {
         service.carouselFolder = w[1];
     } else if (key == "carousel_file" && (w.size() == 2 || (w.size() == 3 && w[2] == "compressed"))) {
         service.carouselFiles.push_back({w[1], w.size() == 3});
     } else if (key == "carousel_block_size" && w.size() == 2) {
-        service.carouselBlockSize = uint16_t(number(w[1], ok));
+        const unsigned long size = number(w[1], ok);
+        ok = ok && size >= 1 && size <= MAX_BLOCK;
+        service.carouselBlockSize = uint16_t(size);
     } else if (key == "stream_events" && w.size() == 4 && w[2] == "tag") {
         service.eventPid = uint16_t(number(w[1], ok));
         service.eventTag = uint8_t(number(w[3], ok));
     } else if (key == "carousel_stream_event" && w.size() >= 3) {
         return parseStreamEvent(w, service);
-    } else if (key == "event" && w.size() == 3) {
+    } else if (key == "event" && w.size() == 3 && fits(w[2], MAX_EVENT_DATA)) {
         service.occurrences.push_back({uint16_t(number(w[1], ok)), w[2]});
     } else {
         return false;

@@ -15,6 +15,8 @@ using namespace tesmo_test;
 
 namespace {
 
+const size_t MAX_PSI_SECTION = 1024;
+
 Bytes aitSection(const SampleService& sample, size_t index)
 {
     AITSection section;
@@ -102,6 +104,17 @@ int main(int argc, char** argv)
     for (const SampleService& service : sample.services) {
         programs.push_back({service.serviceId, service.pmtPid});
         names.push_back({service.serviceId, service.provider, service.name});
+    }
+    // An AIT or PMT section holds at most 1024 bytes: a description that needs more is refused.
+    for (const SampleService& service : sample.services) {
+        bool fits = pmtOf(service).size() <= MAX_PSI_SECTION;
+        for (size_t i = 0; i < service.sections.size(); ++i)
+            fits = fits && aitSection(service, i).size() <= MAX_PSI_SECTION;
+        if (!fits) {
+            std::fprintf(stderr, "make-sample: service %u needs a section of more than %zu bytes\n", service.serviceId,
+                         MAX_PSI_SECTION);
+            return 2;
+        }
     }
     TsWriter ts;
     for (int round = 0; round < sample.repeat; ++round) {
