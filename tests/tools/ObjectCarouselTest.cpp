@@ -24,6 +24,7 @@ std::string text(size_t size, char seed)
 }
 
 struct Fed {
+    explicit Fed(size_t budget = ObjectCarousel::DEFAULT_BUDGET) : carousel(budget) {}
     ObjectCarousel carousel;
     std::vector<std::string> events;
     void feed(const std::vector<Bytes>& sections)
@@ -192,6 +193,16 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         EXPECT_EQ(std::count(deepest->path.begin(), deepest->path.end(), '/'), 64);
         EXPECT_LT(entries.size(), 80u);
     }
+    {  // modules past the carousel's memory budget, all told, are described, not kept
+        Fed fed(4000);
+        CarouselIds small = ids;
+        small.blockSize = 512;
+        fed.feed(writeObjectCarousel({{"a.txt", text(1500, 1)}, {"b.txt", text(1500, 2)}, {"c.txt", text(3000, 3)}}, small,
+                                     {"c.txt"}));
+        EXPECT_EQ(fed.entry("/a.txt")->problem, "");
+        EXPECT_EQ(fed.entry("/b.txt")->problem, "");
+        EXPECT_EQ(fed.entry("/c.txt")->problem, "over the carousel's memory budget of 4000 bytes: not kept");
+    }
     {  // sections that are no DSM-CC download messages, or whose CRC fails
         Fed fed;
         Bytes bad = dsi;
@@ -210,7 +221,7 @@ TEST(CarouselFeedTest, FileAskedBeforeItsModuleIsAnsweredWhenItCompletes)
     for (Bytes& s : writeObjectCarousel({{"index.html", text(1000, 4)}}, ids, {}))
         sections.push_back({0, std::move(s)});
     CarouselFeed feed;
-    feed.start(sections, 10);
+    feed.start(sections, 10, ObjectCarousel::DEFAULT_BUDGET);
     std::vector<std::string> said;
     std::vector<CarouselFeed::Answer> answers;
     feed.step(0, said, answers);

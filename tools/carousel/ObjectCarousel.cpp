@@ -91,9 +91,11 @@ std::string ObjectCarousel::addInfo(const DsmccMessage& message)
         auto known = modules.find(info.id);
         if (known != modules.end() && known->second.info.version == info.version)
             continue;
-        if (known != modules.end())
+        if (known != modules.end()) {
             said += (said.empty() ? "" : "; ") + std::string("carousel: ") + moduleName(info.id, info.version) +
                     " replaces v" + std::to_string(known->second.info.version);
+            held -= known->second.held;
+        }
         Module& module = modules[info.id] = Module();
         module.info = info;
         module.blockSize = message.blockSize;
@@ -147,6 +149,15 @@ std::string ObjectCarousel::completeModule(Module& module)
     for (const auto& block : module.blocks)
         data += block.second;
     module.blocks.clear();
+    // Checked before any memory is taken: what the module will hold once inflated.
+    const size_t size = module.info.compressed ? module.info.originalSize : data.size();
+    if (size > budget - held) {
+        const std::string limit = budget >= (1u << 20) ? std::to_string(budget >> 20) + " MiB" : std::to_string(budget) + " bytes";
+        module.problem = "over the carousel's memory budget of " + limit + ": not kept";
+        return "carousel: " + moduleName(module.info.id, module.info.version) + ": " + module.problem;
+    }
+    module.held = size;
+    held += size;
     if (module.info.compressed) {
         std::string inflated;
         if (!inflate(data, module.info.originalSize, inflated)) {

@@ -20,6 +20,11 @@ namespace carousel {
 // of names from the service gateway that the DownloadServerInitiate names.
 class ObjectCarousel {
 public:
+    // What a TV gives one carousel's modules, inflated, by default.
+    static constexpr size_t DEFAULT_BUDGET = 32u << 20;
+
+    // Modules past the budget (the sizes they inflate to, all told) are described, not kept.
+    explicit ObjectCarousel(size_t budgetBytes = DEFAULT_BUDGET) : budget(budgetBytes) {}
     // What the section changed, for a timeline ("" when it changed nothing worth a line).
     std::string addSection(const uint8_t* section, size_t size);
 
@@ -60,6 +65,7 @@ public:
 private:
     struct Module {
         ModuleInfo info;
+        size_t held = 0;  // counted against the budget
         uint16_t blockSize = 0;
         size_t blockCount = 0;
         std::map<uint16_t, std::string> blocks;  // those received, until the module completes
@@ -78,6 +84,8 @@ private:
     static std::string missingBlocks(const Module& module);
 
     std::map<uint16_t, Module> modules;
+    size_t budget;
+    size_t held = 0;  // the complete modules' bytes
     // Blocks that came before the DII that announces their module, kept (up to a bound) to be
     // used when it comes: a receiver tuning in mid-cycle sees them first.
     std::vector<DsmccMessage> early;

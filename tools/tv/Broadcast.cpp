@@ -2,7 +2,9 @@
 
 #include "Broadcast.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -173,20 +175,29 @@ bool carouselPid(const Service* service, const std::set<uint8_t>& tags, const Op
     return true;
 }
 
-bool writeFile(const std::string& path, const std::string& content)
+// Below the extraction directory only: every directory on the way is a real one made or
+// found there, and the file is a new one, never a link something else put in the way.
+bool writeFile(const std::string& directory, const std::string& path, const std::string& content)
 {
-    for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
-        if (mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST)
+    for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+        const std::string part = directory + path.substr(0, slash);
+        struct stat info;
+        if (mkdir(part.c_str(), 0755) != 0 && (errno != EEXIST || lstat(part.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)))
             return false;
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(content.data(), std::streamsize(content.size()));
-    return bool(out);
+    }
+    const std::string file = directory + path;
+    unlink(file.c_str());
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return false;
+    const bool written = write(fd, content.data(), content.size()) == ssize_t(content.size());
+    return close(fd) == 0 && written;
 }
 
 // --carousel-list and --carousel-extract: the whole capture's carousel sections at once.
 int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& options)
 {
-    carousel::ObjectCarousel oc;
+    carousel::ObjectCarousel oc(size_t(options.carouselMemoryMb) << 20);
     const std::vector<TimedSection> sections = stream.sectionsOnPid(pid);
     for (const TimedSection& section : sections)
         oc.addSection(section.bytes.data(), section.bytes.size());
@@ -207,8 +218,10 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
         std::string content;
         if (!e.problem.empty() || oc.file(e.path.substr(1), content) != carousel::ObjectCarousel::Lookup::FOUND)
             ++unreadable;
-        else if (!options.carouselExtract.empty() && writeFile(options.carouselExtract + e.path, content))
+        else if (!options.carouselExtract.empty() && writeFile(options.carouselExtract, e.path, content))
             ++written;
+        else if (!options.carouselExtract.empty())
+            std::printf("  not extracted: %s (cannot be written there)\n", e.path.c_str());
     }
     if (!options.carouselExtract.empty()) {
         std::printf("wrote %zu of %zu file(s) to %s\n", written, files, options.carouselExtract.c_str());

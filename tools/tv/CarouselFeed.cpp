@@ -2,9 +2,9 @@
 
 using carousel::ObjectCarousel;
 
-void CarouselFeed::start(std::vector<TimedSection> all, uint64_t ticks)
+void CarouselFeed::start(std::vector<TimedSection> all, uint64_t ticks, size_t budgetBytes)
 {
-    carousel = carousel::ObjectCarousel();
+    carousel = carousel::ObjectCarousel(budgetBytes);
     sections = std::move(all);
     next = 0;
     perTick = ticks == 0 ? sections.size() : (sections.size() + ticks - 1) / ticks;

@@ -15,8 +15,8 @@
 class CarouselFeed {
 public:
     // The stream's sections, spread evenly over that many ticks from the tick given to step
-    // as 0. A new start begins a new carousel.
-    void start(std::vector<TimedSection> sections, uint64_t ticks);
+    // as 0. A new start begins a new carousel, whose modules may take budgetBytes.
+    void start(std::vector<TimedSection> sections, uint64_t ticks, size_t budgetBytes);
     bool active() const { return !sections.empty(); }
     const carousel::ObjectCarousel& objects() const { return carousel; }
     // The tick that adds the last section.

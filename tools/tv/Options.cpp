@@ -58,6 +58,7 @@ std::string commonUsage()
            "  --carousel DIR          serve dvb: files from DIR (the URL's path inside it) instead\n"
            "                          of the service's object carousel\n"
            "  --carousel-pid PID      the object carousel on PID (the capture may hold no PMT)\n"
+           "  --carousel-memory MB    what one carousel's modules may take, inflated (default 32)\n"
            "  --carousel-list         print the carousel's tree and what is missing, and exit\n"
            "  --carousel-extract DIR  write the carousel's files into DIR, and exit\n"
            "  --key NAME@TICK         press a key at a tick: RED, GREEN, YELLOW, BLUE, 0-9, A-Z,\n"
@@ -225,6 +226,10 @@ bool OptionReader::option(const std::string& arg, bool& wantHelp)
         if (!number(arg, 0x1FFF, n, "a PID (0 to 0x1FFF)"))
             return false;
         options.carouselPid = uint16_t(n);
+    } else if (arg == "--carousel-memory") {
+        if (!number(arg, 4096, n, "megabytes from 1 to 4096") || n == 0)
+            return refuse("--carousel-memory takes megabytes from 1 to 4096");
+        options.carouselMemoryMb = unsigned(n);
     } else if (arg == "--carousel-list") {
         options.carouselList = true;
     } else if (arg == "--carousel-extract") {

@@ -52,7 +52,8 @@ struct Options {
     std::vector<TimedText> evaluations;  // JavaScript evaluated in the active page
     uint64_t exitAfter = 0;             // 0: runs until its window is closed
     uint64_t tickMs = 20;
-    unsigned pageMemoryMb = 400;  // a TV's browser has some hundreds of megabytes for its pages
+    unsigned pageMemoryMb = 400;
+    unsigned carouselMemoryMb = 32;  // a TV's browser has some hundreds of megabytes for its pages
 
     bool isBrowser() const { return product == "hbbtv-browser"; }
 };

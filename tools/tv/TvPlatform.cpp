@@ -141,7 +141,8 @@ void TvPlatform::start(Tuned first, const ServiceIds& serviceIds, std::vector<Sc
     ids = serviceIds;
     script = std::move(actions);
     // The carousel arrives while the AIT does, as both repeat in a broadcast.
-    carouselFeed.start(std::move(carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
+    carouselFeed.start(std::move(carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval),
+                       size_t(options->carouselMemoryMb) << 20);
     tesmo_hbbtv_init(reinterpret_cast<DAXO_Tesmo*>(0x7E50));
     // The library's warnings say why it refused something; readable mode shows them.
     static const int levels[] = {3, 2, 1};
@@ -250,7 +251,8 @@ void TvPlatform::tune(const Channel& to)
         event->dsmcc_file.handle = answer.id;
         postEvent(HBBTV_EVENT_DSMCC_FILE_ERROR, event);
     }
-    carouselFeed.start(std::move(tuned.carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
+    carouselFeed.start(std::move(tuned.carouselSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval),
+                       size_t(options->carouselMemoryMb) << 20);
     streamEvents.start(std::move(tuned.eventSections), std::max<uint64_t>(1, sections.size() * options->sectionInterval));
     if (sections.empty())
         postNoAit();
