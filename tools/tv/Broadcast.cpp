@@ -179,6 +179,13 @@ bool carouselPid(const Service* service, const std::set<uint8_t>& tags, const Op
 // found there, and the file is a new one, never a link something else put in the way.
 bool writeFile(const std::string& directory, const std::string& path, const std::string& content)
 {
+    // The directory the user named, with its parents.
+    for (size_t end = directory.find('/', 1);; end = directory.find('/', end + 1)) {
+        if (mkdir(directory.substr(0, end).c_str(), 0755) != 0 && errno != EEXIST)
+            return false;
+        if (end == std::string::npos)
+            break;
+    }
     for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         const std::string part = directory + path.substr(0, slash);
         struct stat info;
