@@ -65,22 +65,6 @@ TEST(AITApplicationTest, UnlistedOwnTransportsAreDroppedAndNoDescriptorMeansNoTr
     EXPECT_EQ(bare->getAITApplication(0u)->getApplicationPriority(), 0);
 }
 
-TEST(AITApplicationTest, ProfilesLengthOfSevenReadsFlagsFromTheProfileRemainder)
-{
-    // One whole profile and two spare bytes 0x80 (service bound), 0x09 (priority).
-    const Bytes body{7, 0x00, 0x01, 1, 1, 1, 0x80, 0x09, 0xEE, 0x05};
-    ref_ptr<AIT> ait = tableOf(App(1, 1).with(descriptor(0x00, body)));
-    const AITApplication::ApplicationDescriptor* d = ait->getAITApplication(0u)->getApplicationDescriptor();
-    ASSERT_NE(d, nullptr);
-    ASSERT_EQ(d->profiles.size(), 1u);
-    EXPECT_TRUE(d->serviceBound);
-    EXPECT_EQ(d->visibility, 0u);
-    EXPECT_EQ(d->priority, 9);
-    EXPECT_EQ(std::vector<uint8_t>(d->transportProtocolLabels.begin(), d->transportProtocolLabels.end()),
-              (std::vector<uint8_t>{0xEE, 0x05}))
-        << "read from after the profile area";
-}
-
 TEST(AITApplicationTest, OverlongProfilesLeaveTheDescriptorAtItsDefaults)
 {
     const Bytes body{40, 0x00, 0x01, 1, 1, 1, 0xE0, 0x09};
@@ -89,24 +73,6 @@ TEST(AITApplicationTest, OverlongProfilesLeaveTheDescriptorAtItsDefaults)
     ASSERT_NE(d, nullptr);
     EXPECT_TRUE(d->profiles.empty());
     EXPECT_EQ(d->priority, 0);
-}
-
-TEST(AITApplicationTest, SignedAndValidIdentifierRanges)
-{
-    struct Case { uint16_t id; bool isSigned; bool valid; };
-    for (Case c : {Case{0x0000, false, false}, Case{0x3FFF, false, true}, Case{0x4000, true, true},
-                   Case{0x7FFF, true, true}, Case{0x8000, false, false}, Case{0xFFFF, false, false}}) {
-        ref_ptr<AIT> ait = tableOf(App(1, c.id).with(applicationDescriptor({})));
-        EXPECT_EQ(ait->getAITApplication(0u)->isSigned(), c.isSigned) << c.id;
-        EXPECT_EQ(ait->getAITApplication(0u)->hasValidAppId(), c.valid) << c.id;
-    }
-}
-
-TEST(AITApplicationTest, UsageDescriptorAndSeveralNamesAreTaken)
-{
-    ref_ptr<AIT> ait = tableOf(App(1, 1).with(usageDescriptor(1)).with(nameDescriptor("Tele")).with(nameDescriptor("text")));
-    EXPECT_EQ(ait->getAITApplication(0u)->getApplicationUsageType(), AITApplication::DIGITAL_TELETEXT);
-    EXPECT_EQ(ait->getAITApplication(0u)->getApplicationName(), "Teletext");
 }
 
 TEST(AITApplicationTest, MalformedDescriptorsFailTheEntry)

@@ -111,14 +111,6 @@ TEST_F(AITTest, CommonDescriptorRunningPastTheCommonLoopIsRefused)
     EXPECT_EQ(ait->getNumApplications(), 0u);
 }
 
-TEST_F(AITTest, FirstCommonTransportOfALabelWins)
-{
-    EXPECT_TRUE(feed(*ait, AITSection().common(httpTransport(1, "http://first/")).common(httpTransport(1, "http://second/")).bytes()));
-    const AIT::TransportMap common = ait->getCommonTransports();
-    ASSERT_EQ(common.size(), 1u);
-    EXPECT_EQ(common.at(1)->getUrlBase(), "http://first/");
-}
-
 TEST_F(AITTest, CommonCarouselWithoutRemoteConnectionBelongsToTheTablesService)
 {
     EXPECT_TRUE(feed(*ait, AITSection().common(carouselTransport(2, 0xb)).common(remoteCarouselTransport(3, 7, 8, 9, 0xc)).bytes()));
