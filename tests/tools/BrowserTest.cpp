@@ -27,7 +27,8 @@ std::string readFile(const std::string& path)
     return text.str();
 }
 
-// Serves directories under path prefixes; everything else is a 404. Keeps the paths asked for.
+// Serves directories under path prefixes; everything else is a 404, but for a hop that
+// redirects to secret.txt. Keeps the paths asked for, with their queries.
 class LocalServer {
 public:
     explicit LocalServer(std::map<std::string, std::string> roots) : roots(std::move(roots))
@@ -71,14 +72,30 @@ public:
         return false;
     }
 
+    // The paths asked for that hold the text, one a line.
+    std::string pathsWith(const std::string& text)
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        std::string found;
+        for (const std::string& p : paths)
+            if (p.find(text) != std::string::npos)
+                found += p + "\n";
+        return found;
+    }
+
 private:
     static void serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer data)
     {
         auto* self = static_cast<LocalServer*>(data);
         const std::string asked = path;
+        const char* query = g_uri_get_query(soup_server_message_get_uri(message));
         {
             std::lock_guard<std::mutex> lock(self->mutex);
-            self->paths.push_back(asked);
+            self->paths.push_back(asked + (query ? std::string("?") + query : ""));
+        }
+        if (asked == "/probe/hop") {
+            soup_server_message_set_redirect(message, 302, "secret.txt?redirect");
+            return;
         }
         for (const auto& root : self->roots) {
             if (asked.compare(0, root.first.size(), root.first) != 0)
@@ -97,7 +114,7 @@ private:
     static const char* mimeType(const std::string& file)
     {
         static const std::pair<const char*, const char*> types[] = {
-            {".html", "application/vnd.hbbtv.xhtml+xml; charset=UTF-8"}, {".js", "application/javascript"}, {".css", "text/css"},
+            {".html", "application/vnd.hbbtv.xhtml+xml; charset=UTF-8"}, {".htm", "text/html"}, {".js", "application/javascript"}, {".css", "text/css"},
             {".aitx", "application/vnd.dvb.ait+xml"}, {".xml", "application/vnd.dvb.streamevent+xml"}};
         for (const auto& type : types)
             if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
@@ -372,6 +389,62 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
     EXPECT_NE(xml.find("stream events subscribed on service 1"), std::string::npos) << xml;
     EXPECT_NE(xml.find("\"headline/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
               std::string::npos) << xml;
+}
+
+// A foreign program of the same user on the pages' channel: it connects and asks for a
+// request and a new application on behalf of the first page. Nothing answers.
+std::string callAsForeignClient()
+{
+    std::string answers;
+    g_autofree char* socket = nullptr;
+    for (int attempt = 0; attempt < 50 && !socket; ++attempt, g_usleep(100000)) {
+        g_autoptr(GDir) tmp = g_dir_open(g_get_tmp_dir(), 0, nullptr);
+        while (const char* name = tmp ? g_dir_read_name(tmp) : nullptr) {
+            g_autofree char* path = g_build_filename(g_get_tmp_dir(), name, "channel", nullptr);
+            if (g_str_has_prefix(name, "hbbtv-browser-") && g_file_test(path, G_FILE_TEST_EXISTS))
+                socket = g_strdup(path);
+        }
+    }
+    g_autofree char* address = g_strconcat("unix:path=", socket, nullptr);
+    g_autoptr(GDBusConnection) connection = socket ? g_dbus_connection_new_for_address_sync(
+        address, G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr, nullptr, nullptr) : nullptr;
+    for (const char* call : {"Requests.vet", "Application.createApplication"}) {
+        g_autoptr(GVariant) reply = connection ? g_dbus_connection_call_sync(
+            connection, nullptr, "/tv/tesmo/Browser", "tv.tesmo.Browser", "Call",
+            g_variant_new("(tss)", guint64(1), call, R"([1, "secret.txt", false])"), G_VARIANT_TYPE("(s)"),
+            G_DBUS_CALL_FLAGS_NONE, 5000, nullptr, nullptr) : nullptr;
+        const char* answer = nullptr;
+        if (reply)
+            g_variant_get(reply, "(&s)", &answer);
+        answers += std::string(answer ? answer : "(no reply)") + " ";
+    }
+    return socket ? answers : "no channel found";
+}
+
+// A hostile page asks for what the platform refuses in every way a page can, and the server
+// never hears of it; the redirect's refused hop is not read. The bridge is nowhere on the
+// page, a child that names its parent reaches nothing, and neither does a foreign program
+// that connects to the pages' channel.
+TEST_F(BrowserTest, NoRefusedRequestLeavesAHostilePage)
+{
+    std::string foreign;
+    std::thread intruder([&foreign] { foreign = callAsForeignClient(); });
+    const std::string out = browse("--start-url '" + server.base() + "probe/hostile.html' --refuse '*secret*'"
+                                   " --exit-after 250");
+    intruder.join();
+    EXPECT_EQ(server.pathsWith("secret"), "");
+    EXPECT_TRUE(server.asked("/probe/allowed.txt?fickle")) << "a URL is decided as the engine requests it";
+    EXPECT_TRUE(server.asked("/probe/hostile-worker.js") && server.asked("/probe/hostile-frame.htm"));
+    for (const char* kind : {"xhr", "sync", "fetch", "redirect", "frame-xhr", "frame-fetch", "worker-xhr",
+                             "worker-fetch", "worker-import", "beacon", "eventsource", "import", "img", "script", "link",
+                             "css", "form", "ping"})
+        EXPECT_NE(out.find(std::string("secret.txt?") + kind + " is refused"), std::string::npos) << kind << "\n" << out;
+    for (const char* seen : {"says: sync NetworkError", "says: fetch refused", "says: redirect refused",
+                             "says: bridge undefined undefined", "says: service workers undefined",
+                             "says: child: Application.destroyApplication: the application is gone"})
+        EXPECT_NE(out.find(seen), std::string::npos) << seen << "\n" << out;
+    EXPECT_EQ(foreign, "null null ");
+    EXPECT_EQ(out.find("secret.txt\",false]"), std::string::npos) << "the foreign program's call reached the TV: " << out;
 }
 
 // A page that allocates without end is stopped at its memory limit, and one whose web

@@ -7,15 +7,32 @@ std::string withoutFragment(const std::string& uri)
     return uri.substr(0, uri.find('#'));
 }
 
+// Workers of their own process load outside the page's request check.
+void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*> names)
+{
+    WebKitFeatureList* features = webkit_settings_get_all_features();
+    for (gsize i = 0; i < webkit_feature_list_get_length(features); ++i) {
+        WebKitFeature* feature = webkit_feature_list_get(features, i);
+        for (const char* name : names)
+            if (g_strcmp0(webkit_feature_get_identifier(feature), name) == 0)
+                webkit_settings_set_feature_enabled(settings, feature, FALSE);
+    }
+    webkit_feature_list_unref(features);
+}
+
 } // namespace
 
-PageView::PageView(WebKitWebContext* context, DAXO_TesmoWindow* window)
-    : browserWindow(window), view(WEBKIT_WEB_VIEW(g_object_ref_sink(webkit_web_view_new_with_context(context))))
+PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window)
+    : browserWindow(window),
+      view(WEBKIT_WEB_VIEW(g_object_ref_sink(
+          g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content, nullptr))))
 {
     const GdkRGBA transparent = {0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
     WebKitSettings* settings = webkit_web_view_get_settings(view);
     webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
+    webkit_settings_set_enable_page_cache(settings, FALSE);
+    withoutFeatures(settings, {"ServiceWorkers", "SharedWorker", "LinkDNSPrefetch"});
     // A remote control's arrows move between the page's links, as on a TV, and its keys go
     // straight to the page, with no input method composing text from them.
     webkit_settings_set_enable_spatial_navigation(settings, TRUE);

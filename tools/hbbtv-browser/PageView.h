@@ -3,17 +3,21 @@
 
 #include <webkit2/webkit2.h>
 
+#include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 
 #include "tesmo_hbbtv/browser_core.h"
 
 // The web view of one browser window, set up as a TV's: transparent where the page paints
 // nothing, spatial navigation for the remote's arrows, no input method, the library's
-// user-agent extension. Its web process goes with it, even one stuck in a loop.
+// user-agent extension, none of the engine's ways to load behind the TV's back (service and
+// shared workers, DNS prefetching, the page cache that would keep a page's process alive).
+// Its web process goes with it, even one stuck in a loop.
 class PageView {
 public:
-    PageView(WebKitWebContext* context, DAXO_TesmoWindow* window);
+    PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window);
     ~PageView();
     PageView(const PageView&) = delete;
     PageView& operator=(const PageView&) = delete;
@@ -38,6 +42,8 @@ public:
     bool failed = false;  // reported as failed; its end says nothing more
     bool silent = false;  // became a download: an XML AIT, or a page handed over
     unsigned handedOverStatus = 0;  // the HTTP status of a page whose bytes are being shown
+    // The applications the document was given (its own, those it created): the only ones it may name.
+    std::set<uintptr_t> applications;
 
 private:
     DAXO_TesmoWindow* browserWindow;

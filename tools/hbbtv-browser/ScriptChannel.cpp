@@ -1,11 +1,16 @@
 #include "ScriptChannel.h"
 
+#include <glib/gstdio.h>
+#include <sys/random.h>
 #include <unistd.h>
 
 namespace {
 
 const char* const INTROSPECTION = R"(<node>
   <interface name="tv.tesmo.Browser">
+    <method name="Hello">
+      <arg type="s" name="key" direction="out"/>
+    </method>
     <method name="Call">
       <arg type="t" name="page" direction="in"/>
       <arg type="s" name="name" direction="in"/>
@@ -21,6 +26,27 @@ const char* const INTROSPECTION = R"(<node>
 </node>)";
 
 const char* const OBJECT_PATH = "/tv/tesmo/Browser";
+const char* const SOCKET_NAME = "channel";
+// How long a call waits for its page's binding, which travels through WebKit meanwhile.
+const gint64 BINDING_WAIT_US = 2 * G_USEC_PER_SEC;
+
+std::string randomKey()
+{
+    unsigned char bytes[16] = {};
+    size_t filled = 0;
+    while (filled < sizeof bytes) {
+        const ssize_t got = getrandom(bytes + filled, sizeof bytes - filled, 0);
+        if (got > 0)
+            filled += size_t(got);
+    }
+    static const char digits[] = "0123456789abcdef";
+    std::string key;
+    for (unsigned char byte : bytes) {
+        key += digits[byte >> 4];
+        key += digits[byte & 0xF];
+    }
+    return key;
+}
 
 } // namespace
 
@@ -29,12 +55,17 @@ ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandle
     node = g_dbus_node_info_new_for_xml(INTROSPECTION, nullptr);
     observer = g_dbus_auth_observer_new();
     g_signal_connect(observer, "authorize-authenticated-peer", G_CALLBACK(authorize), nullptr);
+    char* made = g_dir_make_tmp("hbbtv-browser-XXXXXX", nullptr);  // mode 0700: this user's only
+    directory = made ? made : "";
+    g_free(made);
     char* guid = g_dbus_generate_guid();
+    const std::string listen = "unix:path=" + directory + "/" + SOCKET_NAME;
     GError* error = nullptr;
-    server = g_dbus_server_new_sync("unix:tmpdir=/tmp", G_DBUS_SERVER_FLAGS_NONE, guid, observer, nullptr, &error);
+    if (!directory.empty())
+        server = g_dbus_server_new_sync(listen.c_str(), G_DBUS_SERVER_FLAGS_NONE, guid, observer, nullptr, &error);
     g_free(guid);
     if (!server) {
-        g_warning("no channel for the pages' scripts: %s", error->message);
+        g_warning("no channel for the pages' scripts: %s", error ? error->message : "no private directory");
         g_clear_error(&error);
         return;
     }
@@ -44,13 +75,21 @@ ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandle
 
 ScriptChannel::~ScriptChannel()
 {
-    for (GDBusConnection* connection : connections) {
-        g_signal_handlers_disconnect_by_data(connection, this);
-        g_object_unref(connection);
+    for (Waiting& call : waiting)
+        g_dbus_method_invocation_return_value(call.invocation, g_variant_new("(s)", "null"));
+    if (expiry)
+        g_source_remove(expiry);
+    for (auto& entry : keys) {
+        g_signal_handlers_disconnect_by_data(entry.first, this);
+        g_object_unref(entry.first);
     }
     if (server) {
         g_dbus_server_stop(server);
         g_object_unref(server);
+    }
+    if (!directory.empty()) {
+        g_unlink((directory + "/" + SOCKET_NAME).c_str());
+        g_rmdir(directory.c_str());
     }
     g_object_unref(observer);
     g_dbus_node_info_unref(node);
@@ -72,12 +111,8 @@ gboolean ScriptChannel::newConnection(GDBusServer*, GDBusConnection* connection,
     static const GDBusInterfaceVTable vtable = {methodCall, nullptr, nullptr, {}};
     GError* error = nullptr;
     // The connection lives as long as its registration: until the web process goes.
-    self->connections.insert(G_DBUS_CONNECTION(g_object_ref(connection)));
-    g_signal_connect(connection, "closed", G_CALLBACK(+[](GDBusConnection* closed, gboolean, GError*, gpointer channel) {
-                         static_cast<ScriptChannel*>(channel)->connections.erase(closed);
-                         g_object_unref(closed);
-                     }),
-                     self);
+    self->keys[G_DBUS_CONNECTION(g_object_ref(connection))] = randomKey();
+    g_signal_connect(connection, "closed", G_CALLBACK(closed), self);
     if (!g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0], &vtable, self, nullptr,
                                            &error)) {
         g_warning("a page's channel could not be set up: %s", error->message);
@@ -86,21 +121,98 @@ gboolean ScriptChannel::newConnection(GDBusServer*, GDBusConnection* connection,
     return TRUE;
 }
 
-void ScriptChannel::methodCall(GDBusConnection*, const char*, const char*, const char*, const char*,
+void ScriptChannel::closed(GDBusConnection* connection, gboolean, GError*, gpointer data)
+{
+    auto* self = static_cast<ScriptChannel*>(data);
+    for (auto page = self->pages.begin(); page != self->pages.end();)
+        page = page->second == connection ? self->pages.erase(page) : std::next(page);
+    for (auto call = self->waiting.begin(); call != self->waiting.end();)
+        call = call->connection == connection ? self->waiting.erase(call) : std::next(call);
+    g_signal_handlers_disconnect_by_data(connection, self);
+    self->keys.erase(connection);
+    g_object_unref(connection);
+}
+
+void ScriptChannel::methodCall(GDBusConnection* connection, const char*, const char*, const char*, const char* method,
                                GVariant* parameters, GDBusMethodInvocation* invocation, gpointer data)
 {
     auto* self = static_cast<ScriptChannel*>(data);
+    if (g_strcmp0(method, "Hello") == 0) {
+        g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", self->keys[connection].c_str()));
+        return;
+    }
     guint64 page = 0;
     const char* name = nullptr;
     const char* arguments = nullptr;
     g_variant_get(parameters, "(t&s&s)", &page, &name, &arguments);
-    const std::string answer = self->handler(page, name, arguments);
-    g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", answer.c_str()));
+    if (self->connectionOf(page) == connection)
+        return self->answer(page, name, arguments, invocation);
+    self->waiting.push_back({connection, page, name, arguments, invocation, g_get_monotonic_time() + BINDING_WAIT_US});
+    if (!self->expiry)
+        self->expiry = g_timeout_add(100, expireWaiting, self);
+}
+
+void ScriptChannel::answer(guint64 pageId, const std::string& name, const std::string& arguments,
+                           GDBusMethodInvocation* invocation)
+{
+    const std::string reply = handler(pageId, name, arguments);
+    g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", reply.c_str()));
+}
+
+gboolean ScriptChannel::expireWaiting(gpointer data)
+{
+    auto* self = static_cast<ScriptChannel*>(data);
+    const gint64 now = g_get_monotonic_time();
+    for (auto call = self->waiting.begin(); call != self->waiting.end();) {
+        if (call->deadline > now) {
+            ++call;
+            continue;
+        }
+        g_dbus_method_invocation_return_value(call->invocation, g_variant_new("(s)", "null"));
+        call = self->waiting.erase(call);
+    }
+    if (!self->waiting.empty())
+        return G_SOURCE_CONTINUE;
+    self->expiry = 0;
+    return G_SOURCE_REMOVE;
+}
+
+GDBusConnection* ScriptChannel::connectionOf(guint64 pageId) const
+{
+    auto found = pages.find(pageId);
+    return found == pages.end() ? nullptr : found->second;
+}
+
+void ScriptChannel::bind(guint64 pageId, const std::string& connectionKey)
+{
+    GDBusConnection* connection = nullptr;
+    for (const auto& entry : keys)
+        if (!connectionKey.empty() && entry.second == connectionKey)
+            connection = entry.first;
+    if (!connection)
+        return;
+    pages[pageId] = connection;
+    std::vector<Waiting> due;
+    for (auto call = waiting.begin(); call != waiting.end();) {
+        if (call->pageId == pageId && call->connection == connection) {
+            due.push_back(*call);
+            call = waiting.erase(call);
+        } else {
+            ++call;
+        }
+    }
+    for (const Waiting& call : due)
+        answer(call.pageId, call.name, call.arguments, call.invocation);
+}
+
+void ScriptChannel::forget(guint64 pageId)
+{
+    pages.erase(pageId);
 }
 
 void ScriptChannel::emitEvent(guint64 pageId, const std::string& name, const std::string& payloadJson)
 {
-    for (GDBusConnection* connection : connections)
+    if (GDBusConnection* connection = connectionOf(pageId))
         g_dbus_connection_emit_signal(connection, nullptr, OBJECT_PATH, "tv.tesmo.Browser", "Event",
                                       g_variant_new("(tss)", pageId, name.c_str(), payloadJson.c_str()), nullptr);
 }

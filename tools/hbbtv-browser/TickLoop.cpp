@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <string>
 #include <utility>
 
@@ -25,22 +26,31 @@ long proportionalKiB(const std::string& process)
     return 0;
 }
 
-// The browser's memory: this process, and WebKit's processes that it started.
+// The browser's memory: this process, and the processes WebKit started for it (the web
+// processes sit below their sandbox's bubblewrap).
 std::string memoryReport()
 {
-    const std::string self = std::to_string(getpid());
-    long children = 0;
-    int count = 0;
+    std::map<std::string, std::string> parents;
     if (DIR* proc = opendir("/proc")) {
         while (dirent* entry = readdir(proc)) {
             std::ifstream stat(std::string("/proc/") + entry->d_name + "/stat");
             std::string pid, name, state, parent;
-            if (stat >> pid >> name >> state >> parent && parent == self) {
-                children += proportionalKiB(entry->d_name);
-                ++count;
-            }
+            if (stat >> pid >> name >> state >> parent)
+                parents[pid] = parent;
         }
         closedir(proc);
+    }
+    const std::string self = std::to_string(getpid());
+    long children = 0;
+    int count = 0;
+    for (const auto& process : parents) {
+        std::string ancestor = process.second;
+        for (int depth = 0; depth < 8 && ancestor != self && parents.count(ancestor); ++depth)
+            ancestor = parents[ancestor];
+        if (ancestor == self) {
+            children += proportionalKiB(process.first);
+            ++count;
+        }
     }
     const long own = proportionalKiB("self");
     return "memory (proportional set size): hbbtv-browser " + std::to_string(own) + " KiB, " + std::to_string(count) +

@@ -26,7 +26,7 @@ GVariant* pageScripts(const std::string& directory)
 {
     static const char* const files[] = {"bridge.js",         "keys.js",          "video-broadcast.js", "application-manager.js",
                                         "configuration.js",  "capabilities.js",  "parental-control.js",
-                                        "object-factory.js", "stream-events.js", "requests.js",        "page.js"};
+                                        "object-factory.js", "stream-events.js", "page.js"};
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
     for (const char* file : files) {
@@ -42,11 +42,23 @@ GVariant* pageScripts(const std::string& directory)
     return g_variant_builder_end(&builder);
 }
 
+// WebKit's web-process sandbox is bubblewrap; where the system lets it run (user namespaces),
+// pages get it.
+bool sandboxRuns()
+{
+    const char* const probe[] = {"bwrap", "--ro-bind", "/", "/", "--unshare-all", "true", nullptr};
+    gint status = -1;
+    return g_spawn_sync(nullptr, const_cast<char**>(probe), nullptr,
+                        GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL), nullptr,
+                        nullptr, nullptr, nullptr, &status, nullptr) &&
+           g_spawn_check_wait_status(status, nullptr);
+}
+
 } // namespace
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory,
-                       unsigned pageMemoryMb)
-    : screen(tvScreen), videoBroadcast(tvScreen)
+                       unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns)
+    : screen(tvScreen), filter(refusedPatterns), videoBroadcast(tvScreen)
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
@@ -68,6 +80,11 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     context = WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", memory, nullptr));
     webkit_memory_pressure_settings_free(memory);
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
+    sandboxed = sandboxRuns();
+    if (sandboxed) {
+        webkit_web_context_set_sandbox_enabled(context, TRUE);
+        webkit_web_context_add_path_to_sandbox(context, channel->socketDirectory().c_str(), FALSE);
+    }
     webkit_web_context_set_web_extensions_initialization_user_data(
         context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
     auto windowOfView = [this](WebKitWebView* webView) -> DAXO_TesmoWindow* {
@@ -107,7 +124,7 @@ PageView* WebKitCore::viewOf(WebKitWebView* webView)
 
 void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
 {
-    auto view = std::make_unique<PageView>(context, window);
+    auto view = std::make_unique<PageView>(context, filter.contentManager(), window);
     view->setUserAgentExtension(userAgentExtension);
     WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
@@ -115,6 +132,7 @@ void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
     g_signal_connect(webView, "close", G_CALLBACK(closeRequested), this);
     g_signal_connect(webView, "web-process-terminated", G_CALLBACK(processEnded), this);
     g_signal_connect(webView, "decide-policy", G_CALLBACK(decidePolicy), this);
+    g_signal_connect(webView, "user-message-received", G_CALLBACK(messageReceived), this);
     screen.add(view->widget());
     gtk_widget_set_visible(view->widget(), FALSE);
     views[window] = std::move(view);
@@ -126,6 +144,7 @@ void WebKitCore::windowDestroyed(DAXO_TesmoWindow* window)
     if (found == views.end())
         return;
     g_signal_handlers_disconnect_by_data(found->second->webView(), this);
+    channel->forget(found->second->pageId());
     screen.remove(found->second->widget());
     views.erase(found);
     dvb->windowGone(window);
@@ -205,6 +224,7 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
     if (!view)
         return;
     if (event == WEBKIT_LOAD_STARTED) {
+        view->applications.clear();
         view->failed = false;
         view->silent = false;
         self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
@@ -267,6 +287,25 @@ void WebKitCore::processEnded(WebKitWebView* webView, WebKitWebProcessTerminatio
     self->out->say("the page in " + self->windowName(view->window()) + " has died (" +
                    (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? "over its memory limit" : "its web process crashed") + ")");
     self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
+}
+
+// A page names the connection it lives on through its own view, which WebKit alone can
+// reach from the page's process: from then on the channel takes that page's calls only from
+// that connection.
+gboolean WebKitCore::messageReceived(WebKitWebView* webView, WebKitUserMessage* message, gpointer data)
+{
+    auto* self = static_cast<WebKitCore*>(data);
+    PageView* view = self->viewOf(webView);
+    GVariant* parameters = webkit_user_message_get_parameters(message);
+    if (!view || g_strcmp0(webkit_user_message_get_name(message), "tesmo.channel") != 0 || !parameters ||
+        !g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ts)")))
+        return FALSE;
+    guint64 pageId = 0;
+    const char* key = nullptr;
+    g_variant_get(parameters, "(t&s)", &pageId, &key);
+    if (pageId == view->pageId())
+        self->channel->bind(pageId, key);
+    return TRUE;
 }
 
 // Pages open no windows of their own; an XML AIT or a page of HbbTV's type becomes a
@@ -362,7 +401,7 @@ std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const 
             view = entry.second.get();
     if (!view)
         return "null";
-    const std::string answer = objects.call({view->window(), handleOf(view->window()), view->uri()}, name, arguments);
+    const std::string answer = objects.call({view->window(), handleOf(view->window()), view->uri(), &view->applications}, name, arguments);
     describeCall(*view, name, arguments, answer);
     return answer;
 }

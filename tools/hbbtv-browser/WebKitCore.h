@@ -15,6 +15,7 @@
 #include "PageDownloads.h"
 #include "PageObjects.h"
 #include "PageView.h"
+#include "RequestFilter.h"
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
@@ -31,8 +32,9 @@ class WebKitCore : public BrowserCore {
 public:
     // The extension's directory, and the directory of the page objects' scripts.
     // Each page's web process is stopped above pageMemoryMb.
+    // The platform refuses pages' requests for URLs that match refusedPatterns.
     WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& scriptDirectory,
-               unsigned pageMemoryMb);
+               unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -46,6 +48,8 @@ public:
     void applicationEvent(const char* name, uint32_t applicationId);
     // Evaluates a script in the active page; done gets its value as text (or the error).
     void evaluate(const std::string& script, std::function<void(const std::string&)> done);
+    // Whether pages run in WebKit's web-process sandbox (where the system can run it).
+    bool isSandboxed() const { return sandboxed; }
     // Sets the clock from which the first paint is measured (the first AIT section).
     void startClock() { clockStart = std::chrono::steady_clock::now(); }
 
@@ -78,6 +82,7 @@ private:
     static gboolean loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer self);
     static void closeRequested(WebKitWebView* webView, gpointer self);
     static void processEnded(WebKitWebView* webView, WebKitWebProcessTerminationReason reason, gpointer self);
+    static gboolean messageReceived(WebKitWebView* webView, WebKitUserMessage* message, gpointer self);
     static gboolean decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                  gpointer self);
 
@@ -88,6 +93,7 @@ private:
 
     TvScreen& screen;
     WebKitWebContext* context;
+    RequestFilter filter;
     std::unique_ptr<ScriptChannel> channel;
     PageObjects objects;
     PageMethods coreMethods;
@@ -100,6 +106,7 @@ private:
     std::string userAgentExtension;
     std::chrono::steady_clock::time_point clockStart;
     bool firstPaintSeen = false;
+    bool sandboxed = false;
 };
 
 #endif

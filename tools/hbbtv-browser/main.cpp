@@ -49,7 +49,8 @@ int main(int argc, char** argv)
     {
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
-        WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb);
+        WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb,
+                        options.refusedRequests);
         theCore = &core;
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
             theCore->applicationEvent(event == 0 ? "lowMemory" : "loadError", id);

@@ -623,6 +623,14 @@ void TvPlatform::streamEventCall(JsonLine line, const std::string& text)
 
 // ---------------------------------------------------------------- notifications
 
+bool TvPlatform::refuses(const std::string& url) const
+{
+    for (const std::string& pattern : options->refusedRequests)
+        if (fnmatch(pattern.c_str(), url.c_str(), 0) == 0)
+            return true;
+    return false;
+}
+
 HBBTV_STATUS TvPlatform::listen(HBBTV_NotificationType type, HBBTV_NotificationData* data)
 {
     get().onNotification(type, data);
@@ -638,10 +646,8 @@ void TvPlatform::onNotification(HBBTV_NotificationType type, HBBTV_NotificationD
     }
     if (type == HBBTV_NOTIFICATION_RELEASE_WINDOW && data)
         data->release_window.released = 1;
-    if (type == HBBTV_NOTIFICATION_XHR && data)
-        for (const std::string& pattern : options->refusedRequests)
-            if (data->xhr.target_url && fnmatch(pattern.c_str(), data->xhr.target_url, 0) == 0)
-                data->xhr.permission = HBBTV_XHR_PERMISSION_DENY;
+    if (type == HBBTV_NOTIFICATION_XHR && data && data->xhr.target_url && refuses(data->xhr.target_url))
+        data->xhr.permission = HBBTV_XHR_PERMISSION_DENY;
     if (type == HBBTV_NOTIFICATION_GET_FREE_MEMORY && data)
         *data->get_free_memory.free_memory = FREE_MEMORY;
     out->record(notificationJson(type, data));
@@ -675,8 +681,7 @@ void TvPlatform::onNotification(HBBTV_NotificationType type, HBBTV_NotificationD
         return out->say("key set of " + core->windowName(data->keyset_changed.daxo_window) + " now " +
                         hex((unsigned)data->keyset_changed.keyset, 3));
     case HBBTV_NOTIFICATION_XHR:
-        return out->say(std::string("script request for ") + data->xhr.target_url +
-                        (data->xhr.permission == HBBTV_XHR_PERMISSION_DENY ? ": refused" : ""));
+        return;  // every request of a page comes here: the browser core tells the refused ones
     case HBBTV_NOTIFICATION_GET_FREE_MEMORY:
         return out->say("free memory asked: " + std::to_string(FREE_MEMORY) + " bytes");
     }

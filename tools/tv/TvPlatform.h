@@ -45,6 +45,8 @@ public:
     BrowserCore& browserCore() { return *core; }
     // What the TV was configured with: the announced version and profiles, its names.
     const Options& settings() const { return *options; }
+    // The platform's own policy on what a page may request (--refuse).
+    bool refuses(const std::string& url) const;
 
     // Starts the library and tells it what the platform knows from the start. The
     // carousel's sections (if any) arrive while the AIT's do.

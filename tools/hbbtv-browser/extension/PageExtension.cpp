@@ -3,9 +3,11 @@
 // calls to the TV's main process over a D-Bus peer connection (blocking until the answer
 // comes, as a TV's script bindings do), then each object script with what the bridge
 // returns. Calls and events cross as JSON and become JavaScript values; nothing of the
-// bridge is a page global.
+// bridge is a page global. Every request the page's engine makes, from any frame or worker
+// and at each redirect, is put to the TV here before it leaves.
 
 #include <jsc/jsc.h>
+#include <json-glib/json-glib.h>
 #include <webkit2/webkit-web-extension.h>
 
 #include <map>
@@ -17,6 +19,9 @@ namespace {
 const char* const OBJECT_PATH = "/tv/tesmo/Browser";
 const char* const INTERFACE = "tv.tesmo.Browser";
 const int CALL_TIMEOUT_MS = 5000;
+// Answers kept per page for requests asked again (a page's images, its polling); a new
+// document starts afresh, since the application and its boundaries may have changed.
+const size_t REMEMBERED_ANSWERS = 512;
 
 struct Script {
     std::string uri;
@@ -24,8 +29,20 @@ struct Script {
 };
 
 GDBusConnection* channel = nullptr;
+std::string channelKey;                        // proves to the TV, through a page's view, which connection is ours
 std::vector<Script> scripts;                   // the bridge first, then the objects
 std::map<guint64, JSCValue*> deliverers;       // page id -> the bridge's deliver function
+std::map<guint64, std::map<std::string, bool>> requestAnswers;  // page id -> URL -> allowed
+
+// Call(page, name, arguments as JSON) in the TV: its answer as JSON text, or null on failure.
+GVariant* callTv(guint64 pageId, const char* name, const char* json, GError** error)
+{
+    if (!channel)
+        return nullptr;
+    return g_dbus_connection_call_sync(channel, nullptr, OBJECT_PATH, INTERFACE, "Call",
+                                       g_variant_new("(tss)", pageId, name, json), G_VARIANT_TYPE("(s)"),
+                                       G_DBUS_CALL_FLAGS_NONE, CALL_TIMEOUT_MS, nullptr, error);
+}
 
 // native(name, args) -> the TV's answer as a value; a failed call throws.
 JSCValue* nativeCall(const char* name, JSCValue* args, gpointer pageId)
@@ -33,12 +50,7 @@ JSCValue* nativeCall(const char* name, JSCValue* args, gpointer pageId)
     JSCContext* context = jsc_context_get_current();
     char* json = jsc_value_to_json(args, 0);
     GError* error = nullptr;
-    GVariant* reply = channel ? g_dbus_connection_call_sync(channel, nullptr, OBJECT_PATH, INTERFACE, "Call",
-                                                            g_variant_new("(tss)", guint64(GPOINTER_TO_SIZE(pageId)),
-                                                                          name ? name : "", json ? json : "[]"),
-                                                            G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE,
-                                                            CALL_TIMEOUT_MS, nullptr, &error)
-                              : nullptr;
+    GVariant* reply = callTv(guint64(GPOINTER_TO_SIZE(pageId)), name ? name : "", json ? json : "[]", &error);
     g_free(json);
     if (!reply) {
         jsc_context_throw(context, error ? error->message : "the TV is not reachable");
@@ -54,11 +66,24 @@ JSCValue* nativeCall(const char* name, JSCValue* args, gpointer pageId)
 
 void forgetPage(gpointer pageId, GObject*)
 {
-    auto found = deliverers.find(guint64(GPOINTER_TO_SIZE(pageId)));
+    const guint64 id = guint64(GPOINTER_TO_SIZE(pageId));
+    requestAnswers.erase(id);
+    auto found = deliverers.find(id);
     if (found != deliverers.end()) {
         g_object_unref(found->second);
         deliverers.erase(found);
     }
+}
+
+// The page tells its own view which connection is ours; WebKit carries that message only
+// from the process that holds the page, so the TV can trust it.
+void announce(WebKitWebPage* page)
+{
+    if (channelKey.empty())
+        return;
+    WebKitUserMessage* message =
+        webkit_user_message_new("tesmo.channel", g_variant_new("(ts)", webkit_web_page_get_id(page), channelKey.c_str()));
+    webkit_web_page_send_message_to_view(page, message, nullptr, nullptr, nullptr);
 }
 
 // Runs one script, which is a function expression, with the argument; its result.
@@ -80,6 +105,7 @@ void onWindowObjectCleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKit
     if (!webkit_frame_is_main_frame(frame) || scripts.empty())
         return;
     const guint64 pageId = webkit_web_page_get_id(page);
+    announce(page);
     JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
     JSCValue* native = jsc_value_new_function(context, nullptr, G_CALLBACK(nativeCall), GSIZE_TO_POINTER(gsize(pageId)),
                                               nullptr, JSC_TYPE_VALUE, 2, G_TYPE_STRING, JSC_TYPE_VALUE);
@@ -88,9 +114,7 @@ void onWindowObjectCleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKit
         for (size_t i = 1; i < scripts.size(); ++i)
             if (JSCValue* done = runScript(context, scripts[i], tv))
                 g_object_unref(done);
-        if (deliverers.count(pageId) == 0)
-            g_object_weak_ref(G_OBJECT(page), forgetPage, GSIZE_TO_POINTER(gsize(pageId)));
-        else
+        if (deliverers.count(pageId) != 0)
             g_object_unref(deliverers[pageId]);
         deliverers[pageId] = jsc_value_object_get_property(tv, "deliver");
     }
@@ -98,6 +122,73 @@ void onWindowObjectCleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKit
         g_object_unref(tv);
     g_object_unref(native);
     g_object_unref(context);
+}
+
+// Loads that never leave the engine.
+bool staysInTheEngine(const char* uri)
+{
+    for (const char* scheme : {"about:", "data:", "blob:"})
+        if (g_str_has_prefix(uri, scheme))
+            return true;
+    return false;
+}
+
+bool isDocument(WebKitURIRequest* request)
+{
+    SoupMessageHeaders* headers = webkit_uri_request_get_http_headers(request);
+    const char* destination = headers ? soup_message_headers_get_one(headers, "Sec-Fetch-Dest") : nullptr;
+    return g_strcmp0(destination, "document") == 0;
+}
+
+bool allowed(guint64 pageId, const std::string& url)
+{
+    std::map<std::string, bool>& answers = requestAnswers[pageId];
+    auto known = answers.find(url);
+    if (known != answers.end())
+        return known->second;
+    JsonBuilder* builder = json_builder_new();
+    json_builder_begin_array(builder);
+    json_builder_add_string_value(builder, url.c_str());
+    json_builder_end_array(builder);
+    JsonNode* arguments = json_builder_get_root(builder);
+    char* json = json_to_string(arguments, FALSE);
+    GVariant* reply = callTv(pageId, "Requests.vet", json, nullptr);
+    g_free(json);
+    json_node_unref(arguments);
+    g_object_unref(builder);
+    const char* answer = nullptr;
+    if (reply)
+        g_variant_get(reply, "(&s)", &answer);
+    const bool allow = g_strcmp0(answer, "true") == 0;
+    if (reply)
+        g_variant_unref(reply);
+    if (answers.size() >= REMEMBERED_ANSWERS)
+        answers.clear();
+    answers[url] = allow;
+    return allow;
+}
+
+// WebKit's last step before a request (or a redirect's next hop) goes out, whatever made
+// it: a script in any frame or worker, a subresource, a form, a beacon, a module import.
+// The URL is the one the engine is about to request. Returning TRUE cancels it.
+gboolean onSendRequest(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, gpointer)
+{
+    const char* uri = webkit_uri_request_get_uri(request);
+    if (!uri)
+        return TRUE;
+    if (staysInTheEngine(uri))
+        return FALSE;
+    const guint64 pageId = webkit_web_page_get_id(page);
+    if (isDocument(request))
+        requestAnswers.erase(pageId);
+    return !allowed(pageId, uri);
+}
+
+void onPageCreated(WebKitWebExtension*, WebKitWebPage* page, gpointer)
+{
+    g_object_weak_ref(G_OBJECT(page), forgetPage, GSIZE_TO_POINTER(gsize(webkit_web_page_get_id(page))));
+    g_signal_connect(page, "send-request", G_CALLBACK(onSendRequest), nullptr);
+    announce(page);
 }
 
 // The TV's event for a page: deliver(name, payload) in the page's world.
@@ -124,10 +215,32 @@ void onEvent(GDBusConnection*, const char*, const char*, const char*, const char
     g_object_unref(value);
 }
 
+void connectToTv(const char* address)
+{
+    GError* error = nullptr;
+    channel = g_dbus_connection_new_for_address_sync(address, G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr,
+                                                     nullptr, &error);
+    GVariant* hello = channel ? g_dbus_connection_call_sync(channel, nullptr, OBJECT_PATH, INTERFACE, "Hello", nullptr,
+                                                            G_VARIANT_TYPE("(s)"), G_DBUS_CALL_FLAGS_NONE,
+                                                            CALL_TIMEOUT_MS, nullptr, &error)
+                              : nullptr;
+    if (!hello) {
+        g_warning("no channel to the TV at %s: %s", address, error ? error->message : "?");
+        g_clear_error(&error);
+        return;
+    }
+    const char* key = nullptr;
+    g_variant_get(hello, "(&s)", &key);
+    channelKey = key;
+    g_variant_unref(hello);
+    g_dbus_connection_signal_subscribe(channel, nullptr, INTERFACE, "Event", OBJECT_PATH, nullptr,
+                                       G_DBUS_SIGNAL_FLAGS_NONE, onEvent, nullptr, nullptr);
+}
+
 } // namespace
 
 // The TV hands over (address of its D-Bus server, [(script URI, source)], bridge first).
-extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension*,
+extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
                                                                                const GVariant* userData)
 {
     const char* address = nullptr;
@@ -138,16 +251,8 @@ extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(W
     while (g_variant_iter_next(iter, "(&s&s)", &uri, &source))
         scripts.push_back({uri, source});
     g_variant_iter_free(iter);
-    GError* error = nullptr;
-    channel = g_dbus_connection_new_for_address_sync(address, G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr,
-                                                     nullptr, &error);
-    if (!channel) {
-        g_warning("no channel to the TV at %s: %s", address, error->message);
-        g_clear_error(&error);
-    } else {
-        g_dbus_connection_signal_subscribe(channel, nullptr, INTERFACE, "Event", OBJECT_PATH, nullptr,
-                                           G_DBUS_SIGNAL_FLAGS_NONE, onEvent, nullptr, nullptr);
-    }
+    connectToTv(address);
+    g_signal_connect(extension, "page-created", G_CALLBACK(onPageCreated), nullptr);
     g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(onWindowObjectCleared),
                      nullptr);
 }

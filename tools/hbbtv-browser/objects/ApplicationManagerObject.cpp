@@ -8,44 +8,49 @@
 
 namespace {
 
-// Application ids travel to the page as numbers.
-void* applicationId(double number)
+// Application ids travel to the page as numbers. A page names only the applications it was
+// given (its own, those it created); any other number names no application.
+void* applicationId(const PageContext& page, const Arguments& args)
 {
-    return reinterpret_cast<void*>(uintptr_t(number));
+    const auto id = uintptr_t(args.number(0));
+    return page.applications->count(id) ? reinterpret_cast<void*>(id) : nullptr;
 }
 
-JsonNode* idOrNull(int result, void* id)
+JsonNode* given(const PageContext& page, int result, void* id)
 {
-    return result == 0 ? reply::number(double(uintptr_t(id))) : reply::null();
+    if (result != 0)
+        return reply::null();
+    page.applications->insert(uintptr_t(id));
+    return reply::number(double(uintptr_t(id)));
 }
 
 JsonNode* ownerApplication(const PageContext& page, const Arguments&)
 {
     void* id = nullptr;
     const int result = native_AppManGetApplicationId(page.handle, &id);
-    return idOrNull(result, id);
+    return given(page, result, id);
 }
 
-JsonNode* createApplication(const PageContext&, const Arguments& args)
+JsonNode* createApplication(const PageContext& page, const Arguments& args)
 {
     void* id = nullptr;
-    const int result = native_ApplicationCreateApplication(args.text(1).c_str(), args.boolean(2), applicationId(args.number(0)), &id);
-    return idOrNull(result, id);
+    const int result = native_ApplicationCreateApplication(args.text(1).c_str(), args.boolean(2), applicationId(page, args), &id);
+    return given(page, result, id);
 }
 
-JsonNode* keysetSetValue(const PageContext&, const Arguments& args)
+JsonNode* keysetSetValue(const PageContext& page, const Arguments& args)
 {
     double stored = 0;
-    const int result = native_KeySetSetValue(applicationId(args.number(0)), args.number(1), &stored);
+    const int result = native_KeySetSetValue(applicationId(page, args), args.number(1), &stored);
     return reply::result(result, stored);
 }
 
 // A key-set query: the binding's result and the number it wrote.
 template <int (*binding)(void*, double*)>
-JsonNode* keysetQuery(const PageContext&, const Arguments& args)
+JsonNode* keysetQuery(const PageContext& page, const Arguments& args)
 {
     double value = 0;
-    const int result = binding(applicationId(args.number(0)), &value);
+    const int result = binding(applicationId(page, args), &value);
     return reply::result(result, value);
 }
 
@@ -57,19 +62,19 @@ JsonNode* freeMemory(const PageContext&, const Arguments&)
 }
 
 // The channel handle the platform gave the library, resolved to the channel it names.
-JsonNode* currentChannel(const PageContext&, const Arguments& args)
+JsonNode* currentChannel(const PageContext& page, const Arguments& args)
 {
     void* handle = nullptr;
-    if (native_AppPrivateDataGetCurrentChannel(applicationId(args.number(0)), &handle) != 0)
+    if (native_AppPrivateDataGetCurrentChannel(applicationId(page, args), &handle) != 0)
         return reply::null();
     const Channel* channel = ChannelList::get().byHandle(handle);
     return channel ? VideoBroadcastObject::channelJson(*channel) : reply::null();
 }
 
 template <int (*binding)(void*)>
-JsonNode* applicationCall(const PageContext&, const Arguments& args)
+JsonNode* applicationCall(const PageContext& page, const Arguments& args)
 {
-    return reply::number(binding(applicationId(args.number(0))));
+    return reply::number(binding(applicationId(page, args)));
 }
 
 } // namespace

@@ -4,7 +4,9 @@
 #include <json-glib/json-glib.h>
 
 #include <functional>
+#include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 
 #include "tesmo_hbbtv/browser_core.h"
@@ -15,6 +17,7 @@ struct PageContext {
     DAXO_TesmoWindow* window;
     long handle;      // the page's browser window as the library's bindings know it
     std::string url;  // the page's URL
+    std::set<uintptr_t>* applications;  // the application ids the page was given (its view's)
 };
 
 // The page's arguments, read leniently as a script passes them: a missing or mistyped one

@@ -3,8 +3,8 @@
 
 #include "PageObject.h"
 
-// A page's script requests, each vetted through the library's request notification before
-// it leaves.
+// Every request a page's engine makes, put to the library's request notification and the
+// platform's policy before it leaves.
 class RequestsObject {
 public:
     static const PageMethods& methods();
