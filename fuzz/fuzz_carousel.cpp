@@ -2,17 +2,67 @@
 // one module's BIOP messages; even, the rest is a sequence of sections (each behind a 16-bit
 // length) fed into one carousel, whose tree, files and modules are then read in full. With
 // bit 1 set, each section's length field and CRC are made good first, so that the fuzzer's
-// changes reach the messages instead of stopping at the CRC.
+// changes reach the messages instead of stopping at the CRC. With bit 2 set, every file is
+// also extracted into a directory, and nothing may appear beside it.
+
+#include <dirent.h>
+#include <ftw.h>
+#include <unistd.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "BiopObject.h"
+#include "CarouselExtraction.h"
 #include "ObjectCarousel.h"
 #include "SectionBuilder.h"
 
 namespace {
+
+int removeEntry(const char* path, const struct stat*, int, FTW*)
+{
+    return remove(path);
+}
+
+void removeScratch();
+
+// A directory of this process's own, holding the extraction's target "out"; gone at exit.
+const std::string& scratch()
+{
+    static const std::string directory = [] {
+        char pattern[] = "/tmp/fuzz-carousel-XXXXXX";
+        return std::string(mkdtemp(pattern));
+    }();
+    static const bool removedAtExit = std::atexit(removeScratch) == 0;
+    (void)removedAtExit;
+    return directory;
+}
+
+void removeScratch()
+{
+    nftw(scratch().c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+}
+
+// Extracts what is listed, then checks that only "out" is beside it and removes it.
+void extractAll(const carousel::ObjectCarousel& oc, const std::vector<carousel::ObjectCarousel::Entry>& entries)
+{
+    const std::string out = scratch() + "/out";
+    for (const carousel::ObjectCarousel::Entry& entry : entries) {
+        std::string content;
+        if (entry.kind == "file" && entry.problem.empty() &&
+            oc.file(entry.path.substr(1), content) == carousel::ObjectCarousel::Lookup::FOUND)
+            carousel::extractFile(out, entry.path, content);
+    }
+    DIR* dir = opendir(scratch().c_str());
+    while (dirent* found = dir ? readdir(dir) : nullptr)
+        if (std::string(found->d_name) != "." && std::string(found->d_name) != ".." && std::string(found->d_name) != "out")
+            std::abort();  // written outside the extraction's directory
+    if (dir)
+        closedir(dir);
+    nftw(out.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
+}
 
 void makeGood(std::vector<uint8_t>& section)
 {
@@ -50,10 +100,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         oc.addSection(section.data(), section.size());
         at += n;
     }
-    for (const carousel::ObjectCarousel::Entry& entry : oc.list()) {
+    const std::vector<carousel::ObjectCarousel::Entry> entries = oc.list();
+    for (const carousel::ObjectCarousel::Entry& entry : entries) {
         std::string content;
         oc.file(entry.path.substr(1), content);
     }
     oc.moduleStatus();
+    if (data[0] & 4)
+        extractAll(oc, entries);
     return 0;
 }

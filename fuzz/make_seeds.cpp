@@ -62,13 +62,19 @@ int main(int argc, char** argv)
     write(dir + "/fuzz_urls/http-and-current-ait", Bytes(urls.begin(), urls.end()));
     write(dir + "/fuzz_urls/current-ait", Bytes(more.begin(), more.end()));
 
-    // A small carousel in 64-byte blocks, one module compressed, each section behind its length.
+    // A small carousel in 64-byte blocks, one module compressed, each section behind its
+    // length; and one whose directories are named as a hostile broadcast names them, to extract.
     carousel::CarouselIds ids;
     ids.blockSize = 64;
-    Bytes sections{2};  // lengths and CRCs made good
-    for (const Bytes& section : carousel::writeObjectCarousel(
-             {{"index.html", "<html><body>seed</body></html>"}, {"d/a.css", std::string(200, 'a')}}, ids, {"d/a.css"}))
-        sections = concat({sections, {uint8_t(section.size() >> 8), uint8_t(section.size())}, section});
-    write(dir + "/fuzz_carousel/small-carousel", sections);
+    auto carouselSeed = [&ids](uint8_t mode, const std::vector<carousel::CarouselFile>& files) {
+        Bytes sections{mode};
+        for (const Bytes& section : carousel::writeObjectCarousel(files, ids, {files.back().path}))
+            sections = concat({sections, {uint8_t(section.size() >> 8), uint8_t(section.size())}, section});
+        return sections;
+    };
+    write(dir + "/fuzz_carousel/small-carousel",
+          carouselSeed(2, {{"index.html", "<html><body>seed</body></html>"}, {"d/a.css", std::string(200, 'a')}}));
+    write(dir + "/fuzz_carousel/hostile-names-extracted",
+          carouselSeed(6, {{"index.html", "seed"}, {"../../escaped.txt", "out"}, {"d/./../../x/y", "deep"}, {"e/f", "ok"}}));
     return 0;
 }

@@ -128,6 +128,12 @@ TEST(HbbtvSimTest, GeneratorRefusesWhatAStreamCannotCarry)
         {"name \"Sample Catalogue\"", "name \"" + std::string(252, 'N') + "\""},
         {"location index.html", "location " + std::string(256, 'l')},
         {"section\n  application 0x10 0x0002", "section\n" + manyApplications + "  application 0x10 0x0002"},
+        {"carousel_file app.js", "carousel_file app.js\ncarousel_file app.js"},
+        {"carousel_file app.js", "carousel_file data"},
+        {"carousel_file app.js", "carousel_file ../sample.desc"},
+        {"repeat 2", "repeat 0"},
+        {"pmt 0x0200", "pmt 0x0101"},
+        {"service 0x0002", "service 0x10002"},
     };
     char pattern[] = "/tmp/make-sample-XXXXXX";
     const std::string dir = mkdtemp(pattern);

@@ -52,6 +52,8 @@ int main(int argc, char** argv)
         WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb,
                         options.refusedRequests);
         theCore = &core;
+        if (!core.isSandboxed())
+            timeline.say("pages run without WebKit's sandbox: bubblewrap cannot run here");
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
             theCore->applicationEvent(event == 0 ? "lowMemory" : "loadError", id);
         });

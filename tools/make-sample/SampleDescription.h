@@ -64,7 +64,10 @@ struct SampleDescription {
     int repeat = 1;
 };
 
-// False with a message naming the line on anything it does not understand.
+// False with a message naming the line on anything it does not understand, and on a value
+// that does not fit where it goes.
 bool parseDescription(const std::string& path, SampleDescription& sample, std::string& error);
+// The same from the text itself; name is what the messages call it.
+bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample, std::string& error);
 
 #endif

@@ -2,17 +2,15 @@
 
 #include "Broadcast.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <set>
 
 #include "AitDecoder.h"
+#include "CarouselExtraction.h"
 #include "ObjectCarousel.h"
 #include "ServiceScanner.h"
 
@@ -175,32 +173,6 @@ bool carouselPid(const Service* service, const std::set<uint8_t>& tags, const Op
     return true;
 }
 
-// Below the extraction directory only: every directory on the way is a real one made or
-// found there, and the file is a new one, never a link something else put in the way.
-bool writeFile(const std::string& directory, const std::string& path, const std::string& content)
-{
-    // The directory the user named, with its parents.
-    for (size_t end = directory.find('/', 1);; end = directory.find('/', end + 1)) {
-        if (mkdir(directory.substr(0, end).c_str(), 0755) != 0 && errno != EEXIST)
-            return false;
-        if (end == std::string::npos)
-            break;
-    }
-    for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-        const std::string part = directory + path.substr(0, slash);
-        struct stat info;
-        if (mkdir(part.c_str(), 0755) != 0 && (errno != EEXIST || lstat(part.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)))
-            return false;
-    }
-    const std::string file = directory + path;
-    unlink(file.c_str());
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
-    if (fd < 0)
-        return false;
-    const bool written = write(fd, content.data(), content.size()) == ssize_t(content.size());
-    return close(fd) == 0 && written;
-}
-
 // --carousel-list and --carousel-extract: the whole capture's carousel sections at once.
 int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& options)
 {
@@ -225,7 +197,7 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
         std::string content;
         if (!e.problem.empty() || oc.file(e.path.substr(1), content) != carousel::ObjectCarousel::Lookup::FOUND)
             ++unreadable;
-        else if (!options.carouselExtract.empty() && writeFile(options.carouselExtract, e.path, content))
+        else if (!options.carouselExtract.empty() && carousel::extractFile(options.carouselExtract, e.path, content))
             ++written;
         else if (!options.carouselExtract.empty())
             std::printf("  not extracted: %s (cannot be written there)\n", e.path.c_str());

@@ -1,0 +1,21 @@
+#ifndef TESMO_HBBTV_MAKESAMPLE_SAMPLEWRITER_H
+#define TESMO_HBBTV_MAKESAMPLE_SAMPLEWRITER_H
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "SampleDescription.h"
+
+// One section of the sample on its PID, in playout order.
+using PlayedSection = std::pair<uint16_t, tesmo_test::Bytes>;
+
+// The sections of a described sample: PAT, PMTs and SDT, each service's AIT, object carousel
+// (its files read from the description's directory) and stream descriptors, as many times
+// as the description repeats them. False, with the reason, for anything a stream cannot
+// carry: a section over its size, a carousel file that is not a readable regular file or
+// that its module cannot hold, a file named twice.
+bool writeSample(const SampleDescription& sample, std::vector<PlayedSection>& sections, std::string& error);
+
+#endif
