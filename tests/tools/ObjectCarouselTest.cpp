@@ -202,6 +202,23 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         EXPECT_EQ(fed.entry("/a.txt")->problem, "");
         EXPECT_EQ(fed.entry("/b.txt")->problem, "");
         EXPECT_EQ(fed.entry("/c.txt")->problem, "over the carousel's memory budget of 4000 bytes: not kept");
+
+        // zlib bombs: eight modules of 4 MiB of zeros, a few KB each as carried
+        Fed bombed(9u << 20);
+        CarouselIds large = ids;
+        large.blockSize = 4066;
+        std::vector<CarouselFile> bombs;
+        std::set<std::string> packed;
+        for (char name = 'a'; name < 'i'; ++name) {
+            bombs.push_back({std::string(1, name), std::string(4u << 20, '\0')});
+            packed.insert(bombs.back().path);
+        }
+        const std::vector<Bytes> sections = writeObjectCarousel(bombs, large, packed);
+        EXPECT_LT(sections.size(), 40u) << "what the broadcast carries is small";
+        bombed.feed(sections);
+        EXPECT_EQ(bombed.entry("/b")->problem, "");
+        EXPECT_EQ(bombed.entry("/c")->problem, "over the carousel's memory budget of 9 MiB: not kept");
+        EXPECT_EQ(bombed.entry("/h")->problem, "over the carousel's memory budget of 9 MiB: not kept");
     }
     {  // sections that are no DSM-CC download messages, or whose CRC fails
         Fed fed;
