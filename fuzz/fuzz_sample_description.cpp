@@ -92,12 +92,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!parseDescriptionText(std::string(reinterpret_cast<const char*>(data), size), "fuzz", sample, error))
         return 0;
     sample.directory = sampleDirectory();
-    for (SampleService& service : sample.services)
+    for (SampleService& service : sample.services) {
         service.carouselFolder = "carousel";  // the fuzzer's files only
-    std::vector<PlayedSection> sections;
-    if (!writeSample(sample, sections, error))
+        service.avFile.clear();
+    }
+    SampleStream stream;
+    if (!writeSample(sample, stream, error))
         return 0;
     for (const SampleService& service : sample.services)
-        checkService(service, sections);
+        checkService(service, stream.sections);
     return 0;
 }

@@ -115,7 +115,8 @@ private:
     {
         static const std::pair<const char*, const char*> types[] = {
             {".html", "application/vnd.hbbtv.xhtml+xml; charset=UTF-8"}, {".htm", "text/html"}, {".js", "application/javascript"}, {".css", "text/css"},
-            {".aitx", "application/vnd.dvb.ait+xml"}, {".xml", "application/vnd.dvb.streamevent+xml"}};
+            {".aitx", "application/vnd.dvb.ait+xml"}, {".xml", "application/vnd.dvb.streamevent+xml"},
+            {".mp4", "video/mp4"}, {".ts", "video/mp2t"}};
         for (const auto& type : types)
             if (file.size() > strlen(type.first) && file.compare(file.size() - strlen(type.first), std::string::npos, type.first) == 0)
                 return type.second;
@@ -135,11 +136,15 @@ private:
 class BrowserTest : public testing::Test {
 protected:
     BrowserTest()
-        : server({{"/app/", SAMPLE_DIR "/carousel"}, {"/catalogue/", SAMPLE_DIR "/catalogue"}, {"/news/", SAMPLE_DIR "/news"},
-                  {"/probe/", PAGES_DIR}})
+        : dir(temporaryDirectory()),
+          server({{"/app/", SAMPLE_DIR "/carousel"}, {"/catalogue/", SAMPLE_DIR "/catalogue"}, {"/news/", SAMPLE_DIR "/news"},
+                  {"/probe/", PAGES_DIR}, {"/media/", dir}})
+    {
+    }
+    static std::string temporaryDirectory()
     {
         char pattern[] = "/tmp/browser-test-XXXXXX";
-        dir = mkdtemp(pattern);
+        return mkdtemp(pattern);
     }
     ~BrowserTest() override { std::system(("rm -rf " + dir).c_str()); }
 
@@ -168,21 +173,55 @@ protected:
         return output;
     }
 
+    std::string dir;  // the test's own files, served under /media/
     LocalServer server;
-    std::string dir;
 };
 
-// A pixel of a PNG as 0xRRGGBB.
+// A PNG's pixels as 0xRRGGBB; white where the file did not load.
+class Picture {
+public:
+    explicit Picture(const std::string& png) : image(cairo_image_surface_create_from_png(png.c_str())) {}
+    ~Picture() { cairo_surface_destroy(image); }
+    uint32_t at(int x, int y) const
+    {
+        if (cairo_surface_status(image) != CAIRO_STATUS_SUCCESS)
+            return 0xFFFFFFFF;
+        const unsigned char* row = cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image);
+        return reinterpret_cast<const uint32_t*>(row)[x] & 0xFFFFFF;
+    }
+
+private:
+    cairo_surface_t* image;
+};
+
 uint32_t pixel(const std::string& png, int x, int y)
 {
-    cairo_surface_t* image = cairo_image_surface_create_from_png(png.c_str());
-    uint32_t value = 0xFFFFFFFF;
-    if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
-        const unsigned char* row = cairo_image_surface_get_data(image) + y * cairo_image_surface_get_stride(image);
-        value = reinterpret_cast<const uint32_t*>(row)[x] & 0xFFFFFF;
-    }
-    cairo_surface_destroy(image);
-    return value;
+    return Picture(png).at(x, y);
+}
+
+// GStreamer's test pictures and tone, encoded as a broadcaster would (H.264 and AAC), in an
+// MP4 file or a transport stream: a moving ball, or colour bars.
+bool makeMedia(const std::string& file, const char* pattern, bool transportStream)
+{
+    const std::string command =
+        std::string("gst-launch-1.0 -q -e videotestsrc num-buffers=250 pattern=") + pattern +
+        " ! video/x-raw,width=320,height=180,framerate=25/1,format=I420"
+        " ! x264enc bitrate=300 speed-preset=ultrafast key-int-max=25 ! h264parse ! queue ! " +
+        (transportStream ? "mpegtsmux" : "mp4mux faststart=true") + " name=mux ! filesink location=" + file +
+        " audiotestsrc num-buffers=431 ! audioconvert ! audio/x-raw,rate=44100,channels=1 ! avenc_aac ! aacparse"
+        " ! queue ! mux. > /dev/null 2>&1";
+    return std::system(command.c_str()) == 0;
+}
+
+// How many of the pixels of a rectangle (every fourth in each direction) differ between two PNGs.
+int changedPixels(const std::string& first, const std::string& second, int x, int y, int width, int height)
+{
+    const Picture before(first), after(second);
+    int changed = 0;
+    for (int row = y; row < y + height; row += 4)
+        for (int column = x; column < x + width; column += 4)
+            changed += before.at(column, row) != after.at(column, row);
+    return changed;
 }
 
 // The broadcast's stand-in: a dark blue frame.
@@ -445,6 +484,82 @@ TEST_F(BrowserTest, NoRefusedRequestLeavesAHostilePage)
         EXPECT_NE(out.find(seen), std::string::npos) << seen << "\n" << out;
     EXPECT_EQ(foreign, "null null ");
     EXPECT_EQ(out.find("secret.txt\",false]"), std::string::npos) << "the foreign program's call reached the TV: " << out;
+}
+
+// A number that the page's report() gave, by name, in its nth report (from 0).
+double reported(const std::string& out, int nth, const std::string& name)
+{
+    size_t line = out.find("eval report()");
+    while (nth-- > 0 && line != std::string::npos)
+        line = out.find("eval report()", line + 1);
+    std::smatch found;
+    const std::string rest = line == std::string::npos ? "" : out.substr(line, out.find('\n', line) - line);
+    return std::regex_search(rest, found, std::regex(R"(\\")" + name + R"(\\":(-?[0-9.]+))")) ? std::stod(found[1]) : -1;
+}
+
+// A player page, as catalogue applications end in one: an A/V control object plays a clip
+// made here through the engine's media player. It reaches playing, and its position and its
+// picture move; the remote's PLAY_PAUSE pauses it, a seek and STOP take effect, and the
+// timeline tells each. A clip that is not there ends in the error state, never a hang.
+TEST_F(BrowserTest, AnAvControlObjectPlaysAClip)
+{
+    ASSERT_TRUE(makeMedia(dir + "/clip.mp4", "ball", false)) << "gst-launch-1.0 with x264enc and avenc_aac";
+    const std::string clip = server.base() + "media/clip.mp4";
+    const std::string first = dir + "/first.png", second = dir + "/second.png";
+    const std::string out = browse("--start-url '" + server.base() + "probe/player.html?" + clip + "' --exit-after 200" +
+                                   " --eval 'report()'@60 --screenshot " + first + "@62 --screenshot " + second + "@80" +
+                                   " --key PLAY_PAUSE@90 --eval 'report()'@100 --eval 'player().seek(3000)'@105" +
+                                   " --eval 'report()'@120 --key STOP@130 --eval 'report()'@140");
+    EXPECT_EQ(reported(out, 0, "state"), 1) << out;
+    EXPECT_GT(reported(out, 0, "position"), 0) << out;
+    EXPECT_GT(reported(out, 0, "time"), 9000) << out;
+    EXPECT_GT(changedPixels(first, second, 100, 100, 320, 180), 20) << "the ball moves in the object's rectangle";
+    EXPECT_EQ(changedPixels(first, second, 600, 300, 320, 180), 0) << "and nowhere else";
+    EXPECT_EQ(reported(out, 1, "state"), 2) << out;
+    EXPECT_EQ(reported(out, 1, "speed"), 0) << out;
+    EXPECT_NEAR(reported(out, 2, "position"), 3000, 100) << out;
+    EXPECT_EQ(reported(out, 3, "state"), 0) << out;
+    for (const char* line : {"key PLAY_PAUSE delivered to the application", ": playing (browser window #1)",
+                             ": pause at ", ": seek to 3000 ms", ": stopped (browser window #1)"})
+        EXPECT_NE(out.find(line), std::string::npos) << line << "\n" << out;
+
+    const std::string missing = browse("--start-url '" + server.base() + "probe/player.html?" + server.base() +
+                                       "media/missing.mp4' --exit-after 60 --eval 'report()'@50");
+    EXPECT_EQ(reported(missing, 0, "state"), 6) << missing;
+    EXPECT_EQ(reported(missing, 0, "error"), 5) << missing;
+    EXPECT_NE(missing.find("in error (error 5: content not available)"), std::string::npos) << missing;
+}
+
+// A capture whose service carries audio and video made here: the picture plays in the
+// page's video/broadcast object where the page puts it, full screen behind the page when
+// the object says so, and nowhere once the object stops; the page's own panel stays over it.
+TEST_F(BrowserTest, TheBroadcastsOwnPictureShowsInVideoBroadcast)
+{
+    ASSERT_TRUE(makeMedia(dir + "/av.ts", "smpte", true)) << "gst-launch-1.0 with x264enc, avenc_aac and mpegtsmux";
+    std::ofstream(dir + "/av.desc") << "transport_stream 0x0001 network 0x0001\n"
+                                       "service 0x0001 \"Bars TV\" provider \"Sample Broadcaster\" pmt 0x0100 ait 0x0101\n"
+                                       "ait version 1\nsection\n"
+                                       "  application 0x10 0x0001 AUTOSTART priority 5 profile 0x0000 1.1.1\n"
+                                       "    transport 1 http " + server.base() + "probe/\n    location picture.html\n"
+                                       "av av.ts 0x0110\n";
+    ASSERT_EQ(std::system((MAKE_SAMPLE " " + dir + "/av.desc " + dir + "/av-capture.ts").c_str()), 0);
+    const std::string windowed = dir + "/windowed.png", full = dir + "/full.png", stopped = dir + "/stopped.png";
+    const std::string out = browse(dir + "/av-capture.ts --exit-after 160 --screenshot " + windowed + "@60" +
+                                   " --eval 'broadcast().setFullScreen(true)'@70 --screenshot " + full + "@90" +
+                                   " --eval 'broadcast().stop()'@110 --screenshot " + stopped + "@130");
+    auto isBar = [](uint32_t rgb, uint32_t bar) {  // the bars' colours are 75 % of full
+        for (int shift : {0, 8, 16})
+            if (((bar >> shift) & 0xFF) != (((rgb >> shift) & 0xFF) > 0x80 ? 0xFF : 0))
+                return false;
+        return true;
+    };
+    const uint32_t YELLOW = 0xFFFF00, GREEN = 0x00FF00, BLACK = 0;
+    EXPECT_TRUE(isBar(pixel(windowed, 168, 130), YELLOW)) << std::hex << pixel(windowed, 168, 130) << "\n" << out;
+    EXPECT_TRUE(isBar(pixel(windowed, 260, 130), GREEN)) << std::hex << pixel(windowed, 260, 130);
+    EXPECT_EQ(pixel(windowed, 700, 300), BLACK) << "beside the object: no picture";
+    EXPECT_TRUE(isBar(pixel(full, 640, 200), GREEN)) << std::hex << pixel(full, 640, 200) << ": full screen, behind the page";
+    EXPECT_TRUE(isRed(pixel(full, 1000, 630))) << "the page's panel over it";
+    EXPECT_FALSE(isBar(pixel(stopped, 640, 200), GREEN)) << "stopped: no picture";
 }
 
 // A page that allocates without end is stopped at its memory limit, and one whose web

@@ -24,8 +24,8 @@ void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*
 
 PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window)
     : browserWindow(window),
-      view(WEBKIT_WEB_VIEW(g_object_ref_sink(
-          g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content, nullptr))))
+      view(WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
+                                                          content, "website-policies", tvPolicies(), nullptr))))
 {
     const GdkRGBA transparent = {0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
@@ -37,6 +37,14 @@ PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content,
     // straight to the page, with no input method composing text from them.
     webkit_settings_set_enable_spatial_navigation(settings, TRUE);
     webkit_web_view_set_input_method_context(view, nullptr);
+    if (!window)
+        webkit_web_view_load_uri(view, "about:blank");
+}
+
+WebKitWebsitePolicies* PageView::tvPolicies()
+{
+    static WebKitWebsitePolicies* const policies = webkit_website_policies_new_with_policies("autoplay", WEBKIT_AUTOPLAY_ALLOW, nullptr);
+    return policies;
 }
 
 PageView::~PageView()

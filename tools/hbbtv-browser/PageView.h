@@ -17,7 +17,10 @@
 // Its web process goes with it, even one stuck in a loop.
 class PageView {
 public:
+    // A view for no window yet starts its web process at once, so that the first window the
+    // platform grants finds one ready.
     PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window);
+    void assign(DAXO_TesmoWindow* window) { browserWindow = window; }
     ~PageView();
     PageView(const PageView&) = delete;
     PageView& operator=(const PageView&) = delete;
@@ -37,6 +40,9 @@ public:
     void sendKey(bool press, unsigned keyval);
     // A script's value as JSON text, or the error.
     void evaluate(const std::string& script, std::function<void(const std::string&)> done);
+
+    // A TV has no user to make a gesture: media plays when the page says so.
+    static WebKitWebsitePolicies* tvPolicies();
 
     // The state of the load under way, as the core reports it.
     bool failed = false;  // reported as failed; its end says nothing more

@@ -58,7 +58,17 @@ void TvScreen::remove(GtkWidget* view)
 void TvScreen::setVideoWindow(const VideoWindow& window)
 {
     video = window;
+    if (picture)
+        picture->show(video.presenting && video.fullScreen);
     gtk_widget_queue_draw(broadcast);
+}
+
+void TvScreen::setPicture(PictureView& view)
+{
+    picture = &view;
+    gtk_widget_set_size_request(view.widget(), WIDTH, HEIGHT);
+    gtk_overlay_add_overlay(GTK_OVERLAY(overlay), view.widget());
+    picture->show(video.presenting && video.fullScreen);
 }
 
 void TvScreen::setServiceName(const std::string& name)
@@ -80,12 +90,13 @@ gboolean TvScreen::draw(GtkWidget*, cairo_t* cr, gpointer self)
     return TRUE;
 }
 
-// Black where there is no picture; the stand-in scaled into the video window.
+// Black where there is no picture; the stand-in scaled into the video window, for a service
+// whose own picture there is none of.
 void TvScreen::paintBroadcast(cairo_t* cr) const
 {
     cairo_set_source_rgb(cr, 0, 0, 0);
     cairo_paint(cr);
-    if (!video.presenting || video.width <= 0 || video.height <= 0)
+    if (!video.presenting || video.width <= 0 || video.height <= 0 || (picture && picture->hasSource()))
         return;
     cairo_save(cr);
     if (!video.fullScreen) {
@@ -124,6 +135,8 @@ gboolean TvScreen::keyPressed(GtkWidget*, GdkEventKey* event, gpointer self)
 void TvScreen::capture(const std::string& file, std::function<void(bool)> done)
 {
     auto* job = new Capture{this, file, std::move(done), {}, {}};
+    if (picture && gtk_widget_get_visible(picture->widget()))
+        job->pending.push_back(WEBKIT_WEB_VIEW(g_object_ref(picture->widget())));
     for (GtkWidget* view : views)
         if (gtk_widget_get_visible(view))
             job->pending.push_back(WEBKIT_WEB_VIEW(g_object_ref(view)));  // a window may go meanwhile

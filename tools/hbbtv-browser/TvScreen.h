@@ -3,6 +3,8 @@
 
 #include <gtk/gtk.h>
 
+#include "PictureView.h"
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,6 +38,9 @@ public:
     };
     void setVideoWindow(const VideoWindow& video);
     void setServiceName(const std::string& name);
+    // The view that plays the broadcast full screen when the service has audio and video
+    // (the stand-in otherwise); it stays the screen's, below every page.
+    void setPicture(PictureView& view);
 
     // A PNG of the screen: the broadcast, then every visible view from bottom to top.
     void capture(const std::string& file, std::function<void(bool written)> done);
@@ -56,6 +61,7 @@ private:
     std::function<void()> closed;
     GtkWidget* window;
     GtkWidget* overlay;
+    PictureView* picture = nullptr;  // the core's
     std::vector<GtkWidget*> views;  // bottom to top
 };
 

@@ -17,7 +17,8 @@ bool isQuestion(const std::string& name)
                                                     "KeySet.maximumValue", "PrivateData.getFreeMem",
                                                     "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
                                                     "Requests.vet", "Page.painted", "Page.debug",
-                                                    "Terminal.configuration", "Terminal.capabilities"};
+                                                    "Terminal.configuration", "Terminal.capabilities",
+                                                    "AvControl.changed"};
     return questions.count(name) != 0;
 }
 
@@ -26,7 +27,8 @@ GVariant* pageScripts(const std::string& directory)
 {
     static const char* const files[] = {"bridge.js",         "keys.js",          "video-broadcast.js", "application-manager.js",
                                         "configuration.js",  "capabilities.js",  "parental-control.js",
-                                        "object-factory.js", "stream-events.js", "page.js"};
+                                        "object-factory.js", "stream-events.js", "dash-player.js",
+                                        "av-control.js",      "page.js"};
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
     for (const char* file : files) {
@@ -56,9 +58,10 @@ bool sandboxRuns()
 
 } // namespace
 
-WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory, const std::string& scriptDirectory,
-                       unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns)
-    : screen(tvScreen), filter(refusedPatterns), videoBroadcast(tvScreen)
+WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures, const std::string& extensionDirectory,
+                       const std::string& scriptDirectory, unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns)
+    : screen(tvScreen), pictures(broadcastPictures), filter(refusedPatterns), videoBroadcast(tvScreen, broadcastPictures),
+      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); })
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
@@ -72,6 +75,7 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
     };
     objects.add(coreMethods);
     objects.add(videoBroadcast.methods());
+    objects.add(avControl.methods());
     WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(memory, pageMemoryMb);
     // Past the limit the process is killed, as a TV must rather than swap; checked each second.
@@ -91,6 +95,9 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
         PageView* view = viewOf(webView);
         return view ? view->window() : nullptr;
     };
+    picture = std::make_unique<PictureView>(context, filter.contentManager());
+    g_signal_connect(picture->widget(), "user-message-received", G_CALLBACK(messageReceived), this);
+    screen.setPicture(*picture);
     dvb = std::make_unique<DvbScheme>(context, windowOfView, [this](const std::string& line) { out->say(line); });
     PageDownloads::Handlers handlers;
     handlers.xmlAit = [this](WebKitWebView* webView, const std::string& file) { xmlAitReceived(webView, file); };
@@ -100,12 +107,17 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const std::string& extensionDirectory
         pageFailed(webView, uri, error);
     };
     downloads = std::make_unique<PageDownloads>(context, std::move(handlers));
+    spare = newView(nullptr);
 }
 
 WebKitCore::~WebKitCore()
 {
     while (!views.empty())
         windowDestroyed(views.begin()->first);
+    if (spare)
+        g_signal_handlers_disconnect_by_data(spare->webView(), this);
+    spare.reset();
+    picture.reset();
     downloads.reset();
     dvb.reset();
     g_signal_handlers_disconnect_by_data(context, this);
@@ -122,10 +134,10 @@ PageView* WebKitCore::viewOf(WebKitWebView* webView)
 
 // ---------------------------------------------------------------- windows
 
-void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
+// A view with WebKit's reports wired; they count once it is a window's.
+std::unique_ptr<PageView> WebKitCore::newView(DAXO_TesmoWindow* window)
 {
     auto view = std::make_unique<PageView>(context, filter.contentManager(), window);
-    view->setUserAgentExtension(userAgentExtension);
     WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
@@ -133,6 +145,14 @@ void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
     g_signal_connect(webView, "web-process-terminated", G_CALLBACK(processEnded), this);
     g_signal_connect(webView, "decide-policy", G_CALLBACK(decidePolicy), this);
     g_signal_connect(webView, "user-message-received", G_CALLBACK(messageReceived), this);
+    return view;
+}
+
+void WebKitCore::windowCreated(DAXO_TesmoWindow* window)
+{
+    auto view = spare ? std::move(spare) : newView(window);
+    view->assign(window);
+    view->setUserAgentExtension(userAgentExtension);
     screen.add(view->widget());
     gtk_widget_set_visible(view->widget(), FALSE);
     views[window] = std::move(view);
@@ -295,15 +315,14 @@ void WebKitCore::processEnded(WebKitWebView* webView, WebKitWebProcessTerminatio
 gboolean WebKitCore::messageReceived(WebKitWebView* webView, WebKitUserMessage* message, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
-    PageView* view = self->viewOf(webView);
     GVariant* parameters = webkit_user_message_get_parameters(message);
-    if (!view || g_strcmp0(webkit_user_message_get_name(message), "tesmo.channel") != 0 || !parameters ||
+    if (g_strcmp0(webkit_user_message_get_name(message), "tesmo.channel") != 0 || !parameters ||
         !g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ts)")))
         return FALSE;
     guint64 pageId = 0;
     const char* key = nullptr;
     g_variant_get(parameters, "(t&s)", &pageId, &key);
-    if (pageId == view->pageId())
+    if (pageId == webkit_web_view_get_page_id(webView))
         self->channel->bind(pageId, key);
     return TRUE;
 }
@@ -395,6 +414,9 @@ void WebKitCore::streamEnded(void* stream, int status, bool finished)
 
 std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const std::string& arguments)
 {
+    // The TV's own picture asks only for the broadcast's stream.
+    if (pageId == picture->pageId())
+        return name == "Requests.vet" ? "true" : "null";
     PageView* view = nullptr;
     for (auto& entry : views)
         if (entry.second->pageId() == pageId)
@@ -418,13 +440,22 @@ void WebKitCore::describeCall(const PageView& view, const std::string& name, con
         out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window()) + ")");
 }
 
+// The first paint is measured from the AIT that the library completed first (from the start
+// for a page the platform starts itself).
+void WebKitCore::tableCompleted()
+{
+    if (!tableSeen && !firstPaintSeen)
+        startClock();
+    tableSeen = true;
+}
+
 JsonNode* WebKitCore::painted(const PageContext& page)
 {
     if (!firstPaintSeen) {
         firstPaintSeen = true;
         const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
-        out->say("first paint in " + windowName(page.window) + ": " + std::to_string(ms.count()) +
-                 " ms after the first AIT section (or the start)");
+        out->say("first paint in " + windowName(page.window) + ": " + std::to_string(ms.count()) + " ms after " +
+                 (tableSeen ? "the AIT was complete" : "the start"));
     }
     return reply::null();
 }
@@ -467,6 +498,7 @@ void WebKitCore::streamEvent(void* listener, const std::string& name, const std:
 // Every page's video/broadcast objects follow the TV to the new service.
 void WebKitCore::channelChanged(const Channel& channel)
 {
+    picture->setSource(pictures.urlOf(channel.serviceId));
     screen.setServiceName(channel.name);
     JsonNode* json = VideoBroadcastObject::channelJson(channel);
     char* text = json_to_string(json, FALSE);

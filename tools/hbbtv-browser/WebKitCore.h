@@ -15,10 +15,12 @@
 #include "PageDownloads.h"
 #include "PageObjects.h"
 #include "PageView.h"
+#include "PictureView.h"
 #include "RequestFilter.h"
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
+#include "objects/AvControlObject.h"
 #include "objects/VideoBroadcastObject.h"
 
 // The browser core on WebKitGTK: a web view (PageView) for each browser window the platform
@@ -33,12 +35,14 @@ public:
     // The extension's directory, and the directory of the page objects' scripts.
     // Each page's web process is stopped above pageMemoryMb.
     // The platform refuses pages' requests for URLs that match refusedPatterns.
-    WebKitCore(TvScreen& screen, const std::string& extensionDirectory, const std::string& scriptDirectory,
-               unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns);
+    // The broadcast's audio and video come from pictures.
+    WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory,
+               const std::string& scriptDirectory, unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
     void channelChanged(const Channel& channel) override;
+    void tableCompleted() override;
     void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
                      const std::string& status) override;
     void afterTick() override;
@@ -50,7 +54,8 @@ public:
     void evaluate(const std::string& script, std::function<void(const std::string&)> done);
     // Whether pages run in WebKit's web-process sandbox (where the system can run it).
     bool isSandboxed() const { return sandboxed; }
-    // Sets the clock from which the first paint is measured (the first AIT section).
+    // Sets the clock from which the first paint is measured: the start, until the first AIT
+    // is complete.
     void startClock() { clockStart = std::chrono::steady_clock::now(); }
 
 private:
@@ -71,6 +76,7 @@ private:
     void userAgentChanged(const std::string& extension) override;
     void keyEvent(int action, DAXO_KEY_SYM key) override;
 
+    std::unique_ptr<PageView> newView(DAXO_TesmoWindow* window);
     std::string pageCall(guint64 pageId, const std::string& name, const std::string& argumentsJson);
     void describeCall(const PageView& view, const std::string& name, const std::string& arguments, const std::string& answer);
     JsonNode* painted(const PageContext& page);
@@ -92,13 +98,17 @@ private:
     void pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error);
 
     TvScreen& screen;
+    const BroadcastPicture& pictures;
     WebKitWebContext* context;
     RequestFilter filter;
     std::unique_ptr<ScriptChannel> channel;
     PageObjects objects;
     PageMethods coreMethods;
     VideoBroadcastObject videoBroadcast;
+    AvControlObject avControl;
     std::map<DAXO_TesmoWindow*, std::unique_ptr<PageView>> views;
+    std::unique_ptr<PageView> spare;  // a web process ready for the first window
+    std::unique_ptr<PictureView> picture;
     std::unique_ptr<DvbScheme> dvb;
     std::unique_ptr<PageDownloads> downloads;
     std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick
@@ -106,6 +116,7 @@ private:
     std::string userAgentExtension;
     std::chrono::steady_clock::time_point clockStart;
     bool firstPaintSeen = false;
+    bool tableSeen = false;
     bool sandboxed = false;
 };
 

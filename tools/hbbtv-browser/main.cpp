@@ -5,8 +5,10 @@
 #include <csignal>
 #include <cstdio>
 #include <map>
+#include <string>
 
 #include "Broadcast.h"
+#include "BroadcastPicture.h"
 #include "Options.h"
 #include "RemoteKeys.h"
 #include "Timeline.h"
@@ -27,6 +29,14 @@ void onKey(guint keyval)
         TvPlatform::get().pressKey(key->name, key->receiverCode);
 }
 
+// A sound server or a sound card to play the pages' audio to.
+bool hasSoundOutput()
+{
+    const char* runtime = g_getenv("XDG_RUNTIME_DIR");
+    return g_getenv("PULSE_SERVER") || g_file_test("/dev/snd", G_FILE_TEST_IS_DIR) ||
+           (runtime && g_file_test((std::string(runtime) + "/pulse/native").c_str(), G_FILE_TEST_EXISTS));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -39,6 +49,9 @@ int main(int argc, char** argv)
     if (status != Broadcast::PLAY)
         return status;
     g_setenv("NO_AT_BRIDGE", "1", TRUE);  // a TV has no accessibility bus to wait for
+    // Without one, media still plays, in time, to a sink that needs no sound card.
+    if (!hasSoundOutput())
+        g_setenv("GST_PLUGIN_FEATURE_RANK", "fakeaudiosink:MAX", FALSE);
     if (!gtk_init_check(&argc, &argv)) {
         std::fprintf(stderr, "hbbtv-browser: no display (run it under xvfb-run for no screen)\n");
         return 2;
@@ -49,7 +62,8 @@ int main(int argc, char** argv)
     {
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
-        WebKitCore core(screen, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb,
+        BroadcastPicture pictures(broadcast.capture(), broadcast.allServices());
+        WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb,
                         options.refusedRequests);
         theCore = &core;
         if (!core.isSandboxed())
@@ -65,6 +79,8 @@ int main(int argc, char** argv)
              broadcast.ids,
                  std::move(broadcast.script));
         tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
+        if (broadcast.channel)
+            core.channelChanged(*broadcast.channel);
         core.startClock();
         TickLoop ticks(options, timeline, core, screen, loop);
         g_timeout_add(guint(options.tickMs), TickLoop::tick, &ticks);

@@ -200,6 +200,9 @@ bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
         service.eventTag = uint8_t(number(w[3], 0xFF, ok));
     } else if (key == "carousel_stream_event" && w.size() >= 3) {
         return parseStreamEvent(w, service);
+    } else if (key == "av" && w.size() == 3) {
+        service.avFile = w[1];
+        service.avPid = pid(w[2], ok);
     } else if (key == "event" && w.size() == 3 && fits(w[2], MAX_EVENT_DATA)) {
         service.occurrences.push_back({uint16_t(number(w[1], 0xFFFF, ok)), w[2]});
     } else {
@@ -244,7 +247,7 @@ std::string serviceProblem(const SampleDescription& sample)
         if ((!service.occurrences.empty() || !service.streamEvents.empty()) && !service.eventPid)
             return which + " has stream events but no stream_events stream";
         for (unsigned pid : {unsigned(service.pmtPid), unsigned(service.aitPid), unsigned(service.carouselPid),
-                             unsigned(service.eventPid)})
+                             unsigned(service.eventPid), unsigned(service.avPid)})
             if (pid && !pids.insert(pid).second)
                 return which + " uses PID " + std::to_string(pid) + " that is used already";
     }

@@ -54,6 +54,8 @@ struct SampleService {
     uint8_t eventTag = 0;
     std::vector<SampleStreamEvent> streamEvents;
     std::vector<SampleEventOccurrence> occurrences;
+    std::string avFile;  // a transport stream whose audio and video the service carries
+    uint16_t avPid = 0;  // the first of the PIDs they go on
 };
 
 struct SampleDescription {

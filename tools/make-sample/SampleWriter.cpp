@@ -8,6 +8,7 @@
 #include <map>
 #include <set>
 
+#include "AvSource.h"
 #include "CarouselWriter.h"
 #include "ObjectCarousel.h"
 
@@ -19,6 +20,7 @@ const size_t MAX_PSI_SECTION = 1024;
 const size_t MAX_BLOCKS = 0xFFFF;        // a block's number is 16 bits
 const size_t MAX_FILE = 16u << 20;       // what a receiver takes in one module
 const size_t MAX_DSMCC_SECTION = 4096;
+const size_t MAX_AV_FILE = 64u << 20;
 
 Bytes aitSection(const SampleService& sample, size_t index)
 {
@@ -40,16 +42,43 @@ Bytes aitSection(const SampleService& sample, size_t index)
     return section.bytes();
 }
 
-Bytes pmtOf(const SampleService& sample)
+Bytes pmtOf(const SampleService& sample, const AvSource& av)
 {
     const Bytes signalling = descriptor(0x6F, {0x80, 0x10, uint8_t(0xE0 | sample.aitVersion)});  // HbbTV, its version
     const Bytes carousel = concat({descriptor(0x52, {sample.carouselTag}), descriptor(0x13, {0, 0, 0, 1, 0})});
-    std::vector<Stream> streams = {{0x05, sample.aitPid, signalling}};
+    std::vector<Stream> streams = av.streams;
+    streams.push_back({0x05, sample.aitPid, signalling});
     if (sample.carouselPid)
         streams.push_back({0x0B, sample.carouselPid, carousel});
     if (sample.eventPid)
         streams.push_back({0x0C, sample.eventPid, descriptor(0x52, {sample.eventTag})});
-    return pmtSection(sample.serviceId, streams);
+    return av.streams.empty() ? pmtSection(sample.serviceId, streams) : pmtSection(sample.serviceId, streams, {}, av.pcrPid);
+}
+
+// The service's audio and video, on PIDs that nothing else of the sample uses.
+bool readAv(const std::string& directory, const SampleService& service, const std::set<uint16_t>& taken, AvSource& av,
+            std::string& error)
+{
+    if (service.avFile.empty())
+        return true;
+    if (!av.read(directory + "/" + service.avFile, service.avPid, MAX_AV_FILE, error))
+        return false;
+    for (const Stream& stream : av.streams)
+        if (stream.pid != service.avPid && taken.count(stream.pid)) {
+            error = "service " + std::to_string(service.serviceId) + ": its audio and video need PID " +
+                    std::to_string(stream.pid) + ", which is used already";
+            return false;
+        }
+    return true;
+}
+
+std::set<uint16_t> pidsOf(const SampleDescription& sample)
+{
+    std::set<uint16_t> pids;
+    for (const SampleService& service : sample.services)
+        for (uint16_t pid : {service.pmtPid, service.aitPid, service.carouselPid, service.eventPid, service.avPid})
+            pids.insert(pid);
+    return pids;
 }
 
 bool readCarouselFile(const std::string& path, size_t limit, std::string& content)
@@ -131,16 +160,25 @@ bool fitsAPsiSection(const Bytes& section, const std::string& what, std::string&
 
 } // namespace
 
-bool writeSample(const SampleDescription& sample, std::vector<PlayedSection>& sections, std::string& error)
+bool writeSample(const SampleDescription& sample, SampleStream& stream, std::string& error)
 {
     std::vector<Program> programs;
     std::vector<SdtService> names;
     std::vector<std::vector<Bytes>> ait, carousels;
+    std::vector<Bytes> pmts;
+    std::set<uint16_t> taken = pidsOf(sample);
     for (const SampleService& service : sample.services) {
         programs.push_back({service.serviceId, service.pmtPid});
         names.push_back({service.serviceId, service.provider, service.name});
         const std::string what = "service " + std::to_string(service.serviceId);
-        if (!fitsAPsiSection(pmtOf(service), what, error))
+        AvSource av;
+        if (!readAv(sample.directory, service, taken, av, error))
+            return false;
+        for (const Stream& avStream : av.streams)
+            taken.insert(avStream.pid);
+        stream.avPackets.insert(stream.avPackets.end(), av.packets.begin(), av.packets.end());
+        pmts.push_back(pmtOf(service, av));
+        if (!fitsAPsiSection(pmts.back(), what, error))
             return false;
         ait.emplace_back();
         for (size_t i = 0; i < service.sections.size(); ++i) {
@@ -156,10 +194,11 @@ bool writeSample(const SampleDescription& sample, std::vector<PlayedSection>& se
     const Bytes sdt = sdtSection(sample.transportStreamId, sample.originalNetworkId, names);
     if (!fitsAPsiSection(pat, "the PAT", error) || !fitsAPsiSection(sdt, "the SDT", error))
         return false;
+    std::vector<PlayedSection>& sections = stream.sections;
     for (int round = 0; round < sample.repeat; ++round) {
         sections.push_back({0x0000, pat});
-        for (const SampleService& service : sample.services)
-            sections.push_back({service.pmtPid, pmtOf(service)});
+        for (size_t s = 0; s < sample.services.size(); ++s)
+            sections.push_back({sample.services[s].pmtPid, pmts[s]});
         sections.push_back({0x0011, sdt});
         for (size_t s = 0; s < sample.services.size(); ++s) {
             const SampleService& service = sample.services[s];

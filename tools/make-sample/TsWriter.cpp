@@ -24,3 +24,8 @@ void TsWriter::writeSection(uint16_t pid, const tesmo_test::Bytes& section)
         first = false;
     }
 }
+
+void TsWriter::writePacket(const tesmo_test::Bytes& packet)
+{
+    stream.insert(stream.end(), packet.begin(), packet.end());
+}

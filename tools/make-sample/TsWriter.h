@@ -11,6 +11,8 @@
 class TsWriter {
 public:
     void writeSection(uint16_t pid, const tesmo_test::Bytes& section);
+    // A packet as it is (188 bytes, its own continuity).
+    void writePacket(const tesmo_test::Bytes& packet);
     const tesmo_test::Bytes& bytes() const { return stream; }
 
 private:

@@ -15,15 +15,25 @@ int main(int argc, char** argv)
         return 2;
     }
     SampleDescription sample;
-    std::vector<PlayedSection> sections;
+    SampleStream stream;
     std::string error;
-    if (!parseDescription(argv[1], sample, error) || !writeSample(sample, sections, error)) {
+    if (!parseDescription(argv[1], sample, error) || !writeSample(sample, stream, error)) {
         std::fprintf(stderr, "make-sample: %s\n", error.c_str());
         return 2;
     }
+    // The first round of tables, then the audio and video, then the other rounds, so that a
+    // receiver knows the services before their pictures come.
+    const size_t firstRound = stream.sections.size() / size_t(sample.repeat);
     TsWriter ts;
-    for (const PlayedSection& section : sections)
-        ts.writeSection(section.first, section.second);
+    for (size_t i = 0; i < stream.sections.size(); ++i) {
+        if (i == firstRound)
+            for (const tesmo_test::Bytes& packet : stream.avPackets)
+                ts.writePacket(packet);
+        ts.writeSection(stream.sections[i].first, stream.sections[i].second);
+    }
+    if (firstRound == stream.sections.size())
+        for (const tesmo_test::Bytes& packet : stream.avPackets)
+            ts.writePacket(packet);
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));
     if (!out) {

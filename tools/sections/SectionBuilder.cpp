@@ -196,12 +196,12 @@ void setSectionLength(Bytes& bytes)
     bytes[2] = uint8_t(length);
 }
 
-Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors)
+Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors, uint16_t pcrPid)
 {
     Bytes out{0x02, 0xB0, 0x00};
     put16(out, programNumber);
     out.insert(out.end(), {0xC1, 0x00, 0x00});
-    put16(out, 0xE100);  // PCR_PID
+    put16(out, uint16_t(0xE000 | pcrPid));
     put16(out, uint16_t(0xF000 | programDescriptors.size()));
     append(out, programDescriptors);
     for (const Stream& s : streams) {
@@ -211,6 +211,15 @@ Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, con
         append(out, s.descriptors);
     }
     return finishSection(out);
+}
+
+bool isAudioOrVideo(uint8_t streamType)
+{
+    static const uint8_t types[] = {0x01, 0x02, 0x03, 0x04, 0x0F, 0x10, 0x11, 0x1B, 0x24};
+    for (uint8_t type : types)
+        if (type == streamType)
+            return true;
+    return false;
 }
 
 Bytes patSection(uint16_t transportStreamId, const std::vector<Program>& programs)

@@ -90,7 +90,11 @@ struct Stream {
     uint16_t pid;
     Bytes descriptors;
 };
-Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors = {});
+Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors = {},
+                 uint16_t pcrPid = 0x0100);
+// Whether a PMT's stream_type is a video or audio coding a TV decodes (MPEG-1/2 video and
+// audio, MPEG-4 visual, AAC, H.264, HEVC).
+bool isAudioOrVideo(uint8_t streamType);
 
 // ---- PAT and SDT sections ----
 struct Program {

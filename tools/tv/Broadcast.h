@@ -35,6 +35,10 @@ public:
     // The sections of another service of the capture, as a tuner delivers them.
     TvPlatform::Tuned tune(const Channel& channel) const;
 
+    // The capture and its services (none without a capture).
+    const TransportStream& capture() const { return stream; }
+    const std::vector<Service>& allServices() const { return services; }
+
 private:
     int readScript(const Options& options);
     TvPlatform::Tuned sectionsOf(const Service& service) const;

@@ -33,6 +33,8 @@ public:
     virtual bool busy() const { return false; }
     // The platform has tuned to another service.
     virtual void channelChanged(const struct Channel&) {}
+    // The library has taken a complete AIT.
+    virtual void tableCompleted() {}
     // A stream event for the page's listener that subscribed it.
     virtual void streamEvent(void* /*listener*/, const std::string& /*name*/, const std::string& /*data*/,
                              const std::string& /*text*/, const std::string& /*status*/) {}

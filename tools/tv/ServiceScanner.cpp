@@ -1,5 +1,8 @@
 #include "ServiceScanner.h"
 
+#include <algorithm>
+
+#include "SectionBuilder.h"
 #include "si/PMT.h"
 #include "si/SectionReader.h"
 
@@ -48,6 +51,11 @@ const Bytes* pmtOf(const std::vector<TimedSection>& sections, uint16_t program)
     return nullptr;
 }
 
+uint16_t pcrPidOf(const Bytes& section)
+{
+    return section.size() >= 10 ? uint16_t((section[8] & 0x1F) << 8 | section[9]) : 0x1FFF;
+}
+
 } // namespace
 
 bool AitStream::isHbbTV() const
@@ -82,7 +90,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
     std::map<uint16_t, std::vector<TimedSection>> pmtSections = stream.sectionsOnPids(pmtPids);
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
-        Service service{program.number, program.pmtPid, "", "", {}, {}, {}};
+        Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}};
         auto name = stream.serviceNames().find(program.number);
         if (name != stream.serviceNames().end()) {
             service.name = name->second.name;
@@ -99,7 +107,12 @@ std::vector<Service> scanServices(const TransportStream& stream)
                     service.carouselStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
                 if ((es->getStreamType() == STREAM_DESCRIPTORS_TYPE || es->getStreamType() == DSMCC_SECTIONS_TYPE) && tag)
                     service.eventStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
+                if (tesmo_test::isAudioOrVideo(es->getStreamType()))
+                    service.avPids.push_back(es->getElementaryPID());
             }
+            const uint16_t pcr = pcrPidOf(*section);
+            if (service.hasPicture() && pcr != 0x1FFF && std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
+                service.avPids.push_back(pcr);
         }
         services.push_back(service);
     }

@@ -29,6 +29,8 @@ struct Service {
     std::vector<AitStream> aitStreams;
     std::vector<CarouselStream> carouselStreams;
     std::vector<CarouselStream> eventStreams;
+    std::vector<uint16_t> avPids;  // its video and audio streams, and the PCR's PID if another
+    bool hasPicture() const { return !avPids.empty(); }
     const AitStream* hbbtvStream() const;
     // An AIT stream whose application_signalling_descriptor lists no type at all, as some
     // broadcasters send it.

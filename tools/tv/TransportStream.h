@@ -49,10 +49,11 @@ public:
     uint16_t originalNetworkId() const { return onid; }
     const std::map<uint16_t, ServiceName>& serviceNames() const { return names; }
 
-private:
     // Every packet in order, with its index among the packets; each is 188 bytes at its sync
     // byte, valid during the call only.
     void forEachPacket(const std::function<void(uint8_t* packet, size_t index)>& visit) const;
+
+private:
     void readServiceInformation();
 
     std::string path;

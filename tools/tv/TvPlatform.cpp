@@ -522,6 +522,7 @@ void TvPlatform::aitCompleted(int version)
     out->record(JsonLine().field("call", "hbbtv_ait_completed").field("version_number", version));
     out->say("AIT v" + std::to_string(version) + " complete: the library takes it");
     survivorCheckDue = true;
+    core->tableCompleted();
 }
 
 // The first table of a new service has been activated: the application that ran before

@@ -6,6 +6,8 @@
 (function (tv) {
     'use strict';
     var table = tv.call('Keys.table');
+    if (!table)
+        return;  // a page of the TV's own, which takes no keys
     var codes = table.constants;
     window.KeyEvent = window.KeyEvent || {};
     Object.keys(codes).forEach(function (name) {

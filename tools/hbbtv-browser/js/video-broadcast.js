@@ -49,7 +49,7 @@
         if (String(object.type).toLowerCase() !== TYPE)
             throw new TypeError('not a video/broadcast object');
         if (!states.has(object))
-            states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false });
+            states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false, picture: null });
         return states.get(object);
     }
 
@@ -85,13 +85,37 @@
             'fill-opacity="0.35" text-anchor="middle">' + text + '</text></svg>') + '")';
     }
 
-    // The broadcast picture goes where the object is, or full screen behind the page.
+    // The service's own audio and video in the object, through the engine's media player;
+    // none while the object shows no picture.
+    function showPicture(object, state, url) {
+        if (state.picture && state.picture.getAttribute('src') === url)
+            return;
+        if (state.picture) {
+            state.picture.pause();
+            state.picture.remove();
+            state.picture = null;
+        }
+        if (!url)
+            return;
+        var video = document.createElement('video');
+        video.style.cssText = 'display:block;width:100%;height:100%;object-fit:fill';
+        video.loop = true;
+        video.src = url;
+        object.appendChild(video);
+        video.play().catch(function () {});
+        state.picture = video;
+    }
+
+    // The broadcast picture goes where the object is, or full screen behind the page: the
+    // service's own where the broadcast carries it, its stand-in otherwise.
     function placeVideo(object) {
         var state = stateOf(object);
         var box = object.getBoundingClientRect();
         var presenting = state.playState === PRESENTING || state.playState === CONNECTING;
         var windowed = presenting && !state.fullScreen;
-        object.style.backgroundImage = windowed && state.channel ? standIn(state.channel.name) : '';
+        var picture = windowed && state.channel ? tv.call('VideoBroadcast.picture') : null;
+        showPicture(object, state, picture);
+        object.style.backgroundImage = windowed && state.channel && !picture ? standIn(state.channel.name) : '';
         object.style.backgroundSize = windowed ? '100% 100%' : '';
         tv.call('VideoBroadcast.video', {
             presenting: presenting,

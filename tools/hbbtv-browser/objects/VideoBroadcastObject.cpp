@@ -72,7 +72,8 @@ JsonNode* current(const PageContext&, const Arguments&)
 
 } // namespace
 
-VideoBroadcastObject::VideoBroadcastObject(TvScreen& tvScreen) : screen(tvScreen)
+VideoBroadcastObject::VideoBroadcastObject(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures)
+    : screen(tvScreen), pictures(broadcastPictures)
 {
     table = {
         {"VideoBroadcast.bindToCurrentChannel", [this](const PageContext& p, const Arguments&) { return bind(p); }},
@@ -80,6 +81,13 @@ VideoBroadcastObject::VideoBroadcastObject(TvScreen& tvScreen) : screen(tvScreen
         {"VideoBroadcast.setChannel", [this](const PageContext& p, const Arguments& a) { return setChannel(p, a); }},
         {"VideoBroadcast.step", [this](const PageContext& p, const Arguments& a) { return step(p, a); }},
         {"VideoBroadcast.video", [this](const PageContext&, const Arguments& a) { return placeVideo(a); }},
+        // Where the current service's audio and video play from; null without them.
+        {"VideoBroadcast.picture",
+         [this](const PageContext&, const Arguments&) {
+             const Channel* channel = TvPlatform::get().currentChannel();
+             const std::string url = channel ? pictures.urlOf(channel->serviceId) : "";
+             return url.empty() ? reply::null() : reply::text(url);
+         }},
         {"ChannelConfig.channelList", broadcastOnly<channelList>},
     };
 }

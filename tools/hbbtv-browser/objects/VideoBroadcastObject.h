@@ -1,6 +1,7 @@
 #ifndef TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 #define TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 
+#include "BroadcastPicture.h"
 #include "ChannelList.h"
 #include "PageObject.h"
 #include "TvScreen.h"
@@ -8,11 +9,11 @@
 // The video/broadcast object and the channel list behind it. Channel changes go to the
 // platform, which tunes at its next tick, and to the library, which hears of them through
 // native_AppManNotifySetChannelCalled; the broadcast picture goes where the page puts the
-// object. A broadcast-independent application may not reach the broadcast: it gets a
-// SecurityError.
+// object: the service's own audio and video where the capture has them. A broadcast-
+// independent application may not reach the broadcast: it gets a SecurityError.
 class VideoBroadcastObject {
 public:
-    explicit VideoBroadcastObject(TvScreen& screen);
+    VideoBroadcastObject(TvScreen& screen, const BroadcastPicture& pictures);
     VideoBroadcastObject(const VideoBroadcastObject&) = delete;
     VideoBroadcastObject& operator=(const VideoBroadcastObject&) = delete;
 
@@ -28,6 +29,7 @@ private:
     JsonNode* placeVideo(const Arguments& args);
 
     TvScreen& screen;
+    const BroadcastPicture& pictures;
     PageMethods table;
 };
 

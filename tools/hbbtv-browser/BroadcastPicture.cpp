@@ -1,0 +1,124 @@
+#include "BroadcastPicture.h"
+
+#include <glib/gstdio.h>
+
+#include <cstdio>
+#include <set>
+
+#include "SectionBuilder.h"
+
+namespace {
+
+const size_t PACKET = 188;
+const size_t PAT_EVERY = 2000;  // packets between two copies of the service's own PAT
+
+// One section in a packet of its own, as the service's PAT fits.
+tesmo_test::Bytes sectionPacket(uint16_t pid, const tesmo_test::Bytes& section, uint8_t continuity)
+{
+    tesmo_test::Bytes packet{0x47, uint8_t(0x40 | (pid >> 8)), uint8_t(pid), uint8_t(0x10 | (continuity & 0x0F)), 0x00};
+    packet.insert(packet.end(), section.begin(), section.end());
+    packet.resize(PACKET, 0xFF);
+    return packet;
+}
+
+} // namespace
+
+BroadcastPicture::BroadcastPicture(const TransportStream& stream, const std::vector<Service>& all) : capture(stream)
+{
+    for (const Service& service : all)
+        if (service.hasPicture())
+            services.push_back(service);
+    if (services.empty())
+        return;
+    server = soup_server_new(nullptr, nullptr);
+    soup_server_add_handler(server, "/service/", serve, this, nullptr);
+    GError* error = nullptr;
+    if (!soup_server_listen_local(server, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error)) {
+        g_warning("the broadcast's picture cannot be served: %s", error->message);
+        g_clear_error(&error);
+        return;
+    }
+    GSList* uris = soup_server_get_uris(server);
+    char* text = uris ? g_uri_to_string(static_cast<GUri*>(uris->data)) : nullptr;
+    base = text ? text : "";
+    g_free(text);
+    g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));
+    char* made = g_dir_make_tmp("hbbtv-browser-picture-XXXXXX", nullptr);
+    directory = made ? made : "";
+    g_free(made);
+}
+
+BroadcastPicture::~BroadcastPicture()
+{
+    if (server) {
+        soup_server_disconnect(server);
+        g_object_unref(server);
+    }
+    for (const auto& file : files)
+        if (!file.second.empty())
+            g_unlink(file.second.c_str());
+    if (!directory.empty())
+        g_rmdir(directory.c_str());
+}
+
+std::string BroadcastPicture::urlOf(uint16_t serviceId) const
+{
+    for (const Service& service : services)
+        if (service.serviceId == serviceId && !base.empty())
+            return base + "service/" + std::to_string(serviceId) + ".ts";
+    return "";
+}
+
+const std::string& BroadcastPicture::streamOf(const Service& service)
+{
+    auto known = files.find(service.serviceId);
+    if (known != files.end())
+        return known->second;
+    std::string& path = files[service.serviceId];
+    const std::string file = directory + "/" + std::to_string(service.serviceId) + ".ts";
+    std::FILE* out = directory.empty() ? nullptr : std::fopen(file.c_str(), "wb");
+    if (!out)
+        return path;
+    std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
+    pids.insert(service.pmtPid);
+    const tesmo_test::Bytes pat = tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
+    size_t written = 0;
+    uint8_t continuity = 0;
+    bool ok = true;
+    capture.forEachPacket([&](uint8_t* packet, size_t) {
+        if (!pids.count(uint16_t((packet[1] & 0x1F) << 8 | packet[2])))
+            return;
+        if (written++ % PAT_EVERY == 0)
+            ok = ok && std::fwrite(sectionPacket(0x0000, pat, continuity++).data(), 1, PACKET, out) == PACKET;
+        ok = ok && std::fwrite(packet, 1, PACKET, out) == PACKET;
+    });
+    if (std::fclose(out) == 0 && ok)
+        path = file;
+    else
+        g_unlink(file.c_str());
+    return path;
+}
+
+void BroadcastPicture::serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer data)
+{
+    auto* self = static_cast<BroadcastPicture*>(data);
+    unsigned serviceId = 0;
+    char extension[4] = {};
+    const Service* service = nullptr;
+    if (std::sscanf(path, "/service/%u.%3s", &serviceId, extension) == 2 && std::string(extension) == "ts")
+        for (const Service& candidate : self->services)
+            if (candidate.serviceId == serviceId)
+                service = &candidate;
+    const std::string file = service ? self->streamOf(*service) : "";
+    GMappedFile* mapped = file.empty() ? nullptr : g_mapped_file_new(file.c_str(), FALSE, nullptr);
+    if (!mapped) {
+        soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);
+        return;
+    }
+    GBytes* bytes = g_mapped_file_get_bytes(mapped);
+    g_mapped_file_unref(mapped);
+    soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
+    soup_message_headers_set_content_type(soup_server_message_get_response_headers(message), "video/mp2t", nullptr);
+    soup_message_body_append_bytes(soup_server_message_get_response_body(message), bytes);
+    g_bytes_unref(bytes);
+}

@@ -1,0 +1,41 @@
+#ifndef TESMO_BROWSER_BROADCASTPICTURE_H
+#define TESMO_BROWSER_BROADCASTPICTURE_H
+
+#include <libsoup/soup.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "ServiceScanner.h"
+#include "TransportStream.h"
+
+// The broadcast's own audio and video, for the engine's media player: each service of the
+// capture that carries them is served over HTTP from 127.0.0.1 as a transport stream of its
+// own (a PAT that names only it, its PMT, its elementary streams), taken from the capture
+// the first time it is asked for. Services without audio or video have no picture.
+class BroadcastPicture {
+public:
+    BroadcastPicture(const TransportStream& capture, const std::vector<Service>& services);
+    ~BroadcastPicture();
+    BroadcastPicture(const BroadcastPicture&) = delete;
+    BroadcastPicture& operator=(const BroadcastPicture&) = delete;
+
+    // Where the service's picture plays from; "" when it has none.
+    std::string urlOf(uint16_t serviceId) const;
+
+private:
+    static void serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer self);
+    // The service's stream as a file of its own, made once; "" when it cannot be.
+    const std::string& streamOf(const Service& service);
+
+    const TransportStream& capture;
+    std::vector<Service> services;  // those with a picture
+    SoupServer* server = nullptr;
+    std::string base;  // http://127.0.0.1:PORT/
+    std::string directory;
+    std::map<uint16_t, std::string> files;  // by service
+};
+
+#endif

@@ -1,0 +1,246 @@
+// The A/V control object: an <object> of an A/V type (video/mp4, video/mpeg, audio/mp4,
+// audio/mpeg, application/dash+xml) with its data URL. It plays through the engine's own
+// media element, a <video> (or <audio>) the object holds and fills, which WebKit renders as
+// the object's content; a DASH manifest is played through media source extensions
+// (tv.dashPlayer). The page sees the object's states, position, speed and errors, and the
+// TV's timeline hears of each change.
+(function (tv) {
+    'use strict';
+    var TYPES = ['video/mp4', 'video/mpeg', 'audio/mp4', 'audio/mpeg', 'application/dash+xml'];
+    var STOPPED = 0, PLAYING = 1, PAUSED = 2, CONNECTING = 3, BUFFERING = 4, FINISHED = 5, ERROR = 6;
+    // The object's error codes, from the media element's.
+    var FORMAT_NOT_SUPPORTED = 0, CANNOT_CONNECT = 1, UNIDENTIFIED = 2, CONTENT_CORRUPT = 4, NOT_AVAILABLE = 5;
+    var MEDIA_ERRORS = { 1: UNIDENTIFIED, 2: CANNOT_CONNECT, 3: CONTENT_CORRUPT, 4: FORMAT_NOT_SUPPORTED };
+    var SPEEDS = [0, 1, 2, 4];  // what the engine plays; it plays nothing backwards
+
+    var states = new WeakMap();
+    function stateOf(object) {
+        if (TYPES.indexOf(String(object.type).toLowerCase()) < 0)
+            throw new TypeError('not an A/V control object');
+        if (!states.has(object))
+            states.set(object, { playState: STOPPED, error: undefined, speed: 0, media: null, dash: null,
+                                 fullScreen: false, queued: null });
+        return states.get(object);
+    }
+
+    function fire(object, handler, name, args, detail) {
+        if (typeof object[handler] === 'function')
+            object[handler].apply(object, args);
+        var event = new Event(name);
+        for (var key in detail)
+            Object.defineProperty(event, key, { value: detail[key] });
+        object.dispatchEvent(event);
+    }
+
+    function position(state) {
+        return state.media ? Math.round(state.media.currentTime * 1000) : 0;
+    }
+
+    function report(object, state, what) {
+        tv.call('AvControl.changed', { data: String(object.data || ''), what: what, playState: state.playState,
+                                       error: state.error === undefined ? null : state.error, position: position(state),
+                                       speed: state.speed });
+    }
+
+    function setPlayState(object, playState, error) {
+        var state = stateOf(object);
+        if (state.playState === playState)
+            return;
+        state.playState = playState;
+        state.error = playState === ERROR ? error : undefined;
+        report(object, state, 'state');
+        fire(object, 'onPlayStateChange', 'PlayStateChange', [], { state: playState, error: state.error });
+    }
+
+    // Told for every play(), changed or not, as a TV tells it.
+    function setSpeed(object, speed, told) {
+        var state = stateOf(object);
+        if (state.speed === speed && !told)
+            return;
+        state.speed = speed;
+        fire(object, 'onPlaySpeedChanged', 'PlaySpeedChanged', [speed], { speed: speed });
+    }
+
+    // The engine's media element, made when the object first plays; it fills the object.
+    function mediaOf(object) {
+        var state = stateOf(object);
+        if (state.media)
+            return state.media;
+        var audio = String(object.type).toLowerCase().indexOf('audio/') === 0;
+        var media = document.createElement(audio ? 'audio' : 'video');
+        media.style.cssText = 'display:block;width:100%;height:100%;object-fit:contain;background:transparent';
+        media.addEventListener('playing', function () {
+            setPlayState(object, state.speed === 0 ? PAUSED : PLAYING);
+        });
+        // The engine does not always say 'playing' when it resumes: a position that moves does.
+        var last = -1;
+        media.addEventListener('timeupdate', function () {
+            var moved = media.currentTime !== last;
+            last = media.currentTime;
+            if (moved && !media.paused && !media.seeking && state.speed !== 0 &&
+                (state.playState === PAUSED || state.playState === BUFFERING || state.playState === CONNECTING))
+                setPlayState(object, PLAYING);
+        });
+        media.addEventListener('waiting', function () {
+            if (state.playState === PLAYING)
+                setPlayState(object, BUFFERING);
+        });
+        media.addEventListener('pause', function () {
+            if (!media.ended && (state.playState === PLAYING || state.playState === BUFFERING))
+                setPlayState(object, PAUSED);
+        });
+        media.addEventListener('ended', function () { finished(object); });
+        media.addEventListener('error', function () {
+            if (state.playState === STOPPED || state.dash)
+                return;
+            var code = MEDIA_ERRORS[media.error ? media.error.code : 1];
+            if (code !== FORMAT_NOT_SUPPORTED)
+                return failed(object, code);
+            // The engine says the same of a file that is not there: ask the server which it is.
+            fetch(media.currentSrc || String(object.data), { method: 'HEAD' }).then(function (response) {
+                failed(object, response.ok ? FORMAT_NOT_SUPPORTED : NOT_AVAILABLE);
+            }, function () { failed(object, CANNOT_CONNECT); });
+        });
+        media.addEventListener('seeked', function () {
+            fire(object, 'onPlayPositionChanged', 'PlayPositionChanged', [position(state)], { position: position(state) });
+        });
+        object.appendChild(media);
+        state.media = media;
+        return media;
+    }
+
+    function failed(object, code) {
+        var state = stateOf(object);
+        unload(state);
+        setSpeed(object, 0);
+        setPlayState(object, ERROR, code === undefined ? UNIDENTIFIED : code);
+    }
+
+    // At the end the object has finished; what was queued becomes its data and plays.
+    function finished(object) {
+        var state = stateOf(object);
+        setSpeed(object, 0);
+        setPlayState(object, FINISHED);
+        if (state.queued === null)
+            return;
+        object.setAttribute('data', state.queued);
+        state.queued = null;
+        unload(state);
+        setSpeed(object, 1);
+        load(object);
+    }
+
+    function unload(state) {
+        if (state.dash) {
+            state.dash.stop();
+            state.dash = null;
+        }
+        if (state.media) {
+            state.media.pause();
+            state.media.removeAttribute('src');
+            state.media.load();
+        }
+    }
+
+    // From stopped, finished or an error: the data URL is loaded again, from its start.
+    function load(object) {
+        var state = stateOf(object);
+        var media = mediaOf(object);
+        var url = new URL(String(object.data), document.baseURI).href;
+        if (String(object.type).toLowerCase() === 'application/dash+xml')
+            state.dash = tv.dashPlayer(url, media, function (code) { failed(object, code); });
+        else
+            media.src = url;
+        setPlayState(object, CONNECTING);
+        media.play().catch(function () {});
+    }
+
+    function define(name, method) {
+        TYPES.forEach(function (type) { tv.method(type, name, method); });
+    }
+    function getter(name, read) {
+        TYPES.forEach(function (type) {
+            tv.property(type, name, function () { return read(stateOf(this), this); });
+        });
+    }
+
+    getter('playState', function (state) { return state.playState; });
+    getter('error', function (state) { return state.error; });
+    getter('speed', function (state) { return state.speed; });
+    getter('playPosition', function (state) { return position(state); });
+    getter('playTime', function (state) {
+        var duration = state.media ? state.media.duration : NaN;
+        return isFinite(duration) ? Math.round(duration * 1000) : 0;
+    });
+    getter('fullScreen', function (state) { return state.fullScreen; });
+    getter('playSpeeds', function () { return SPEEDS.slice(); });
+
+    // speed 0 pauses; another speed plays at it where the engine can (not backwards).
+    define('play', function (speed) {
+        var state = stateOf(this);
+        speed = speed === undefined ? 1 : Number(speed);
+        if (!this.data || isNaN(speed) || speed < 0) {
+            setSpeed(this, state.speed, true);
+            return false;
+        }
+        if (state.playState === STOPPED || state.playState === FINISHED || state.playState === ERROR)
+            load(this);
+        var media = state.media;
+        setSpeed(this, speed, true);
+        if (speed === 0) {
+            media.pause();
+            setPlayState(this, PAUSED);
+        } else {
+            media.playbackRate = speed;
+            media.play().catch(function () {});
+        }
+        report(this, state, speed === 0 ? 'pause' : 'play');
+        return true;
+    });
+    define('stop', function () {
+        var state = stateOf(this);
+        if (state.playState === STOPPED)
+            return true;
+        unload(state);
+        setSpeed(this, 0);
+        setPlayState(this, STOPPED);
+        return true;
+    });
+    define('seek', function (milliseconds) {
+        var state = stateOf(this);
+        var target = Number(milliseconds);
+        if (!state.media || isNaN(target) || target < 0 || state.playState === STOPPED || state.playState === ERROR)
+            return false;
+        state.media.currentTime = target / 1000;
+        report(this, state, 'seek ' + Math.round(target));
+        return true;
+    });
+    define('setFullScreen', function (fullScreen) {
+        var state = stateOf(this);
+        state.fullScreen = Boolean(fullScreen);
+        this.style.position = state.fullScreen ? 'fixed' : '';
+        ['left', 'top'].forEach(function (edge) { this.style[edge] = state.fullScreen ? '0' : ''; }, this);
+        this.style.width = state.fullScreen ? '100%' : '';
+        this.style.height = state.fullScreen ? '100%' : '';
+        fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
+    });
+    define('setVolume', function (volume) {
+        var level = Number(volume);
+        if (isNaN(level) || level < 0 || level > 100)
+            return false;
+        mediaOf(this).volume = level / 100;
+        return true;
+    });
+    // One URL to play when what plays now ends; null empties the queue.
+    define('queue', function (url) {
+        var state = stateOf(this);
+        if (url === null || url === undefined) {
+            state.queued = null;
+            return true;
+        }
+        if (state.queued !== null)
+            return false;
+        state.queued = new URL(String(url), document.baseURI).href;
+        return true;
+    });
+})
