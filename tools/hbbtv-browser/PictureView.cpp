@@ -23,7 +23,6 @@ PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* co
                          static_cast<PictureView*>(self)->apply();
                      }),
                      this);
-    webkit_web_view_load_html(view, PLAYER, "about:blank");
     gtk_widget_set_visible(widget(), FALSE);
 }
 
@@ -34,10 +33,15 @@ PictureView::~PictureView()
     g_object_unref(view);
 }
 
+// The player's web process starts with the first service that has a picture.
 void PictureView::setSource(const std::string& url)
 {
     if (url == source)
         return;
+    if (source.empty() && !url.empty() && !loading) {
+        loading = true;
+        webkit_web_view_load_html(view, PLAYER, "about:blank");
+    }
     source = url;
     apply();
 }

@@ -27,7 +27,8 @@ private:
     WebKitWebView* view;  // owned through the screen's container once added
     std::string source;
     bool shown = false;
-    bool ready = false;  // the page that holds the player has loaded
+    bool loading = false;  // the page that holds the player was asked for
+    bool ready = false;    // and has loaded
 };
 
 #endif
