@@ -84,7 +84,7 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
     context = WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", memory, nullptr));
     webkit_memory_pressure_settings_free(memory);
     webkit_web_context_set_web_extensions_directory(context, extensionDirectory.c_str());
-    sandboxed = sandboxRuns();
+    sandboxed = !channel->socketDirectory().empty() && sandboxRuns();
     if (sandboxed) {
         webkit_web_context_set_sandbox_enabled(context, TRUE);
         webkit_web_context_add_path_to_sandbox(context, channel->socketDirectory().c_str(), FALSE);
