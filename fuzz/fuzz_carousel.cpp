@@ -3,9 +3,9 @@
 // length) fed into one carousel, whose tree, files and modules are then read in full. With
 // bit 1 set, each section's length field and CRC are made good first, so that the fuzzer's
 // changes reach the messages instead of stopping at the CRC. With bit 2 set, every file is
-// also extracted into a directory, and nothing may appear beside it.
+// also extracted into a directory two levels down in a scratch directory, and nothing may
+// appear anywhere else in the scratch directory.
 
-#include <dirent.h>
 #include <ftw.h>
 #include <unistd.h>
 
@@ -28,7 +28,9 @@ int removeEntry(const char* path, const struct stat*, int, FTW*)
 
 void removeScratch();
 
-// A directory of this process's own, holding the extraction's target "out"; gone at exit.
+const char* const TARGET = "/a/b/out";
+
+// A directory of this process's own, holding the extraction's target; gone at exit.
 const std::string& scratch()
 {
     static const std::string directory = [] {
@@ -45,22 +47,30 @@ void removeScratch()
     nftw(scratch().c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
 }
 
-// Extracts what is listed, then checks that only "out" is beside it and removes it.
+// Every path in the scratch directory lies on the way to the target or below it.
+int checkEntry(const char* path, const struct stat*, int, FTW*)
+{
+    const std::string relative = std::string(path).substr(scratch().size());
+    const std::string target = TARGET;
+    const bool onTheWay = target.compare(0, relative.size(), relative) == 0 &&
+                          (relative.size() == target.size() || target[relative.size()] == '/');
+    const bool below = relative.compare(0, target.size() + 1, target + "/") == 0;
+    if (!onTheWay && !below)
+        std::abort();  // written outside the extraction's directory
+    return 0;
+}
+
+// Extracts what is listed, checks the whole scratch directory, then empties the target.
 void extractAll(const carousel::ObjectCarousel& oc, const std::vector<carousel::ObjectCarousel::Entry>& entries)
 {
-    const std::string out = scratch() + "/out";
+    const std::string out = scratch() + TARGET;
     for (const carousel::ObjectCarousel::Entry& entry : entries) {
         std::string content;
         if (entry.kind == "file" && entry.problem.empty() &&
             oc.file(entry.path.substr(1), content) == carousel::ObjectCarousel::Lookup::FOUND)
             carousel::extractFile(out, entry.path, content);
     }
-    DIR* dir = opendir(scratch().c_str());
-    while (dirent* found = dir ? readdir(dir) : nullptr)
-        if (std::string(found->d_name) != "." && std::string(found->d_name) != ".." && std::string(found->d_name) != "out")
-            std::abort();  // written outside the extraction's directory
-    if (dir)
-        closedir(dir);
+    nftw(scratch().c_str(), checkEntry, 16, FTW_PHYS);
     nftw(out.c_str(), removeEntry, 16, FTW_DEPTH | FTW_PHYS);
 }
 

@@ -5,6 +5,7 @@
 #include <cairo.h>
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -435,18 +436,23 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
 std::string callAsForeignClient()
 {
     std::string answers;
-    g_autofree char* socket = nullptr;
-    for (int attempt = 0; attempt < 50 && !socket; ++attempt, g_usleep(100000)) {
+    // The newest channel socket in the temporary directory is this run's.
+    std::string socket;
+    for (int attempt = 0; attempt < 50 && socket.empty(); ++attempt, g_usleep(100000)) {
+        time_t newest = 0;
         g_autoptr(GDir) tmp = g_dir_open(g_get_tmp_dir(), 0, nullptr);
         while (const char* name = tmp ? g_dir_read_name(tmp) : nullptr) {
             g_autofree char* path = g_build_filename(g_get_tmp_dir(), name, "channel", nullptr);
-            if (g_str_has_prefix(name, "hbbtv-browser-") && g_file_test(path, G_FILE_TEST_EXISTS))
-                socket = g_strdup(path);
+            struct stat info;
+            if (g_str_has_prefix(name, "hbbtv-browser-") && stat(path, &info) == 0 && info.st_mtime >= newest) {
+                newest = info.st_mtime;
+                socket = path;
+            }
         }
     }
-    g_autofree char* address = g_strconcat("unix:path=", socket, nullptr);
-    g_autoptr(GDBusConnection) connection = socket ? g_dbus_connection_new_for_address_sync(
-        address, G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr, nullptr, nullptr) : nullptr;
+    const std::string address = "unix:path=" + socket;
+    g_autoptr(GDBusConnection) connection = !socket.empty() ? g_dbus_connection_new_for_address_sync(
+        address.c_str(), G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT, nullptr, nullptr, nullptr) : nullptr;
     for (const char* call : {"Requests.vet", "Application.createApplication"}) {
         g_autoptr(GVariant) reply = connection ? g_dbus_connection_call_sync(
             connection, nullptr, "/tv/tesmo/Browser", "tv.tesmo.Browser", "Call",
@@ -457,7 +463,7 @@ std::string callAsForeignClient()
             g_variant_get(reply, "(&s)", &answer);
         answers += std::string(answer ? answer : "(no reply)") + " ";
     }
-    return socket ? answers : "no channel found";
+    return !socket.empty() ? answers : "no channel found";
 }
 
 // A hostile page asks for what the platform refuses in every way a page can, and the server

@@ -132,6 +132,7 @@ TEST(HbbtvSimTest, GeneratorRefusesWhatAStreamCannotCarry)
         {"carousel_file app.js", "carousel_file data"},
         {"carousel_file app.js", "carousel_file ../sample.desc"},
         {"repeat 2", "repeat 0"},
+        {"name \"Sample Catalogue\"", "name \"Sample Catalogue"},
         {"pmt 0x0200", "pmt 0x0101"},
         {"service 0x0002", "service 0x10002"},
     };

@@ -54,9 +54,9 @@ BroadcastPicture::~BroadcastPicture()
         soup_server_disconnect(server);
         g_object_unref(server);
     }
-    for (const auto& file : files)
-        if (!file.second.empty())
-            g_unlink(file.second.c_str());
+    for (const auto& stream : streams)
+        if (stream.second)
+            g_bytes_unref(stream.second);
     if (!directory.empty())
         g_rmdir(directory.c_str());
 }
@@ -69,16 +69,17 @@ std::string BroadcastPicture::urlOf(uint16_t serviceId) const
     return "";
 }
 
-const std::string& BroadcastPicture::streamOf(const Service& service)
+GBytes* BroadcastPicture::streamOf(const Service& service)
 {
-    auto known = files.find(service.serviceId);
-    if (known != files.end())
+    auto known = streams.find(service.serviceId);
+    if (known != streams.end())
         return known->second;
-    std::string& path = files[service.serviceId];
+    GBytes*& stream = streams[service.serviceId];
+    stream = nullptr;
     const std::string file = directory + "/" + std::to_string(service.serviceId) + ".ts";
     std::FILE* out = directory.empty() ? nullptr : std::fopen(file.c_str(), "wb");
     if (!out)
-        return path;
+        return stream;
     std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
     pids.insert(service.pmtPid);
     const tesmo_test::Bytes pat = tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
@@ -92,33 +93,27 @@ const std::string& BroadcastPicture::streamOf(const Service& service)
             ok = ok && std::fwrite(sectionPacket(0x0000, pat, continuity++).data(), 1, PACKET, out) == PACKET;
         ok = ok && std::fwrite(packet, 1, PACKET, out) == PACKET;
     });
-    if (std::fclose(out) == 0 && ok)
-        path = file;
-    else
-        g_unlink(file.c_str());
-    return path;
+    GMappedFile* mapped = std::fclose(out) == 0 && ok ? g_mapped_file_new(file.c_str(), FALSE, nullptr) : nullptr;
+    g_unlink(file.c_str());
+    if (mapped) {
+        stream = g_mapped_file_get_bytes(mapped);
+        g_mapped_file_unref(mapped);
+    }
+    return stream;
 }
 
 void BroadcastPicture::serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer data)
 {
     auto* self = static_cast<BroadcastPicture*>(data);
-    unsigned serviceId = 0;
-    char extension[4] = {};
-    const Service* service = nullptr;
-    if (std::sscanf(path, "/service/%u.%3s", &serviceId, extension) == 2 && std::string(extension) == "ts")
-        for (const Service& candidate : self->services)
-            if (candidate.serviceId == serviceId)
-                service = &candidate;
-    const std::string file = service ? self->streamOf(*service) : "";
-    GMappedFile* mapped = file.empty() ? nullptr : g_mapped_file_new(file.c_str(), FALSE, nullptr);
-    if (!mapped) {
+    GBytes* stream = nullptr;
+    for (const Service& service : self->services)
+        if (g_strcmp0(path, ("/service/" + std::to_string(service.serviceId) + ".ts").c_str()) == 0)
+            stream = self->streamOf(service);
+    if (!stream) {
         soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);
         return;
     }
-    GBytes* bytes = g_mapped_file_get_bytes(mapped);
-    g_mapped_file_unref(mapped);
     soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
     soup_message_headers_set_content_type(soup_server_message_get_response_headers(message), "video/mp2t", nullptr);
-    soup_message_body_append_bytes(soup_server_message_get_response_body(message), bytes);
-    g_bytes_unref(bytes);
+    soup_message_body_append_bytes(soup_server_message_get_response_body(message), stream);
 }

@@ -27,15 +27,16 @@ public:
 
 private:
     static void serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer self);
-    // The service's stream as a file of its own, made once; "" when it cannot be.
-    const std::string& streamOf(const Service& service);
+    // The service's stream, made once into a file that is unlinked at once and kept mapped;
+    // null when it cannot be made.
+    GBytes* streamOf(const Service& service);
 
     const TransportStream& capture;
     std::vector<Service> services;  // those with a picture
     SoupServer* server = nullptr;
     std::string base;  // http://127.0.0.1:PORT/
     std::string directory;
-    std::map<uint16_t, std::string> files;  // by service
+    std::map<uint16_t, GBytes*> streams;  // by service, the mapped files (null: none to be had)
 };
 
 #endif

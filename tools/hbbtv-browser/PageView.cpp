@@ -7,7 +7,8 @@ std::string withoutFragment(const std::string& uri)
     return uri.substr(0, uri.find('#'));
 }
 
-// Workers of their own process load outside the page's request check.
+// Workers of their own process, and connections opened ahead of a request, go outside the
+// page's request check.
 void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*> names)
 {
     WebKitFeatureList* features = webkit_settings_get_all_features();
@@ -22,7 +23,7 @@ void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*
 
 } // namespace
 
-PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window)
+PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window, bool webSockets)
     : browserWindow(window),
       view(WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
                                                           content, "website-policies", tvPolicies(), nullptr))))
@@ -32,7 +33,9 @@ PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content,
     WebKitSettings* settings = webkit_web_view_get_settings(view);
     webkit_settings_set_allow_file_access_from_file_urls(settings, FALSE);
     webkit_settings_set_enable_page_cache(settings, FALSE);
-    withoutFeatures(settings, {"ServiceWorkers", "SharedWorker", "LinkDNSPrefetch"});
+    withoutFeatures(settings, {"ServiceWorkers", "SharedWorker", "LinkDNSPrefetch", "LinkPreconnect"});
+    if (!webSockets)
+        withoutFeatures(settings, {"WebSocket"});
     // A remote control's arrows move between the page's links, as on a TV, and its keys go
     // straight to the page, with no input method composing text from them.
     webkit_settings_set_enable_spatial_navigation(settings, TRUE);
@@ -69,6 +72,7 @@ void PageView::setUserAgentExtension(const std::string& extension)
 
 void PageView::load(const std::string& url)
 {
+    loaded = true;
     webkit_web_view_load_uri(view, url.c_str());
 }
 
@@ -77,6 +81,7 @@ void PageView::load(const std::string& url)
 void PageView::showBytes(GBytes* bytes, const std::string& type, const std::string& url)
 {
     const std::string target = withoutFragment(uri()) == withoutFragment(url) ? withoutFragment(url) : url;
+    loaded = true;
     webkit_web_view_load_bytes(view, bytes, type.c_str(), nullptr, target.c_str());
 }
 

@@ -19,8 +19,12 @@ class PageView {
 public:
     // A view for no window yet starts its web process at once, so that the first window the
     // platform grants finds one ready.
-    PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window);
+    PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window,
+             bool webSockets = true);
     void assign(DAXO_TesmoWindow* window) { browserWindow = window; }
+    // The blank page that started the process (it may finish after the core's first load
+    // began): nothing to report.
+    bool isWarmingUp() const { return !loaded || uri() == "about:blank"; }
     ~PageView();
     PageView(const PageView&) = delete;
     PageView& operator=(const PageView&) = delete;
@@ -53,6 +57,7 @@ public:
 
 private:
     DAXO_TesmoWindow* browserWindow;
+    bool loaded = false;  // the core has loaded something into the view
     WebKitWebView* view;  // owned through the screen's container once added
 };
 

@@ -6,17 +6,19 @@
 namespace {
 
 const char* const IDENTIFIER = "platform-refusals";
+const char* const EVERY_URL = ".*";
 
-std::string rulesJson(const std::vector<std::string>& patterns)
+// One blocking rule a URL expression, for WebSocket handshakes.
+std::string rulesJson(const std::vector<std::string>& expressions)
 {
     JsonBuilder* builder = json_builder_new();
     json_builder_begin_array(builder);
-    for (const std::string& pattern : patterns) {
+    for (const std::string& expression : expressions) {
         json_builder_begin_object(builder);
         json_builder_set_member_name(builder, "trigger");
         json_builder_begin_object(builder);
         json_builder_set_member_name(builder, "url-filter");
-        json_builder_add_string_value(builder, RequestFilter::globToRule(pattern).c_str());
+        json_builder_add_string_value(builder, expression.c_str());
         json_builder_set_member_name(builder, "url-filter-is-case-sensitive");
         json_builder_add_boolean_value(builder, TRUE);
         json_builder_set_member_name(builder, "resource-type");
@@ -47,6 +49,20 @@ struct Compiling {
     bool done = false;
 };
 
+// The patterns as URL expressions; every URL when one of them has no exact expression.
+std::vector<std::string> expressionsOf(const std::vector<std::string>& patterns)
+{
+    std::vector<std::string> expressions;
+    for (const std::string& pattern : patterns) {
+        expressions.push_back(RequestFilter::globToRule(pattern));
+        if (expressions.back().empty()) {
+            g_warning("the pattern %s has no exact WebSocket rule: every WebSocket is refused", pattern.c_str());
+            return {EVERY_URL};
+        }
+    }
+    return expressions;
+}
+
 } // namespace
 
 RequestFilter::RequestFilter(const std::vector<std::string>& refusedPatterns) : manager(webkit_user_content_manager_new())
@@ -54,12 +70,23 @@ RequestFilter::RequestFilter(const std::vector<std::string>& refusedPatterns) : 
     if (refusedPatterns.empty())
         return;
     char* made = g_dir_make_tmp("hbbtv-browser-rules-XXXXXX", nullptr);
-    if (!made)
+    if (!made) {
+        g_warning("no room for the platform's refusals: WebSockets are switched off");
+        webSocketsOff = true;
         return;
+    }
     directory = made;
     g_free(made);
+    if (!compile(rulesJson(expressionsOf(refusedPatterns))) && !compile(rulesJson({EVERY_URL}))) {
+        g_warning("the platform's refusals do not compile: WebSockets are switched off");
+        webSocketsOff = true;
+    }
+}
+
+// The rules into the views' content manager; false when WebKit does not take them.
+bool RequestFilter::compile(const std::string& json)
+{
     WebKitUserContentFilterStore* store = webkit_user_content_filter_store_new(directory.c_str());
-    const std::string json = rulesJson(refusedPatterns);
     GBytes* source = g_bytes_new(json.data(), json.size());
     Compiling compiling;
     webkit_user_content_filter_store_save(
@@ -82,6 +109,7 @@ RequestFilter::RequestFilter(const std::vector<std::string>& refusedPatterns) : 
     }
     g_bytes_unref(source);
     g_object_unref(store);
+    return compiling.filter != nullptr;
 }
 
 RequestFilter::~RequestFilter()
@@ -102,21 +130,33 @@ std::string RequestFilter::globToRule(const std::string& glob)
     std::string rule = "^";
     for (size_t i = 0; i < glob.size(); ++i) {
         const char c = glob[i];
-        const size_t close = c == '[' ? glob.find(']', i + 2) : std::string::npos;
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return "";  // the rules know ASCII only
         if (c == '*') {
             rule += ".*";
         } else if (c == '?') {
             rule += '.';
-        } else if (close != std::string::npos) {
-            std::string set = glob.substr(i + 1, close - i - 1);
-            if (set[0] == '!')
-                set[0] = '^';
-            rule += '[' + set + ']';
+        } else if (c == '[') {
+            // A set: "!" negates it, and a "]" right after the start is one of its members.
+            size_t first = i + 1 + (i + 1 < glob.size() && glob[i + 1] == '!');
+            const size_t close = glob.find(']', first + 1);
+            if (close == std::string::npos) {
+                rule += "\\[";
+                continue;
+            }
+            const std::string members = glob.substr(first, close - first);
+            if (members.find("[:") != std::string::npos || members.find('\\') != std::string::npos)
+                return "";  // classes and escapes in sets have no exact rule
+            rule += std::string("[") + (first > i + 1 ? "^" : "");
+            for (char member : members)
+                rule += member == ']' || member == '^' ? std::string("\\") + member : std::string(1, member);
+            rule += ']';
             i = close;
         } else {
-            if (std::string("\\^$.|+()[]{}").find(c) != std::string::npos)
+            const char literal = c == '\\' && i + 1 < glob.size() ? glob[++i] : c;
+            if (std::string("\\^$.|+()[]{}*?").find(literal) != std::string::npos)
                 rule += '\\';
-            rule += c;
+            rule += literal;
         }
     }
     return rule + "$";

@@ -6,9 +6,10 @@
 #include <string>
 #include <vector>
 
-// The platform's refusals for the loads that never reach the extension's request check
-// (WebSocket handshakes, pings and violation reports): WebKit's own content rules, made
-// from the same patterns, so the engine blocks them before they leave.
+// The platform's refusals for WebSocket handshakes, the one load that never reaches the
+// extension's request check: WebKit's own content rules, made from the same patterns, so the
+// engine blocks them before they leave. Where a pattern has no exact rule, every WebSocket is
+// refused; where WebKit takes no rule at all, WebSockets are switched off.
 class RequestFilter {
 public:
     // Compiles the rules before the first page (a few milliseconds); no patterns, no rules.
@@ -19,12 +20,18 @@ public:
 
     // What every page's view is made with.
     WebKitUserContentManager* contentManager() const { return manager; }
+    // Whether the views must have no WebSockets at all.
+    bool refusesEveryWebSocket() const { return webSocketsOff; }
 
-    // A glob (*, ?, [set]) as a content rule's URL expression of the whole URL.
+    // A glob as fnmatch reads it (*, ?, [set], [!set], \ escapes) as a content rule's URL
+    // expression of the whole URL; "" when it has none that matches exactly the same URLs.
     static std::string globToRule(const std::string& glob);
 
 private:
+    bool compile(const std::string& json);
+
     WebKitUserContentManager* manager;
+    bool webSocketsOff = false;
     std::string directory;  // the compiled rules, for this run only
 };
 

@@ -27,8 +27,10 @@ const char* const INTROSPECTION = R"(<node>
 
 const char* const OBJECT_PATH = "/tv/tesmo/Browser";
 const char* const SOCKET_NAME = "channel";
-// How long a call waits for its page's binding, which travels through WebKit meanwhile.
+// How long a call waits for its page's binding, which travels through WebKit meanwhile, and
+// how many may wait on one connection (a page's process makes one call at a time).
 const gint64 BINDING_WAIT_US = 2 * G_USEC_PER_SEC;
+const size_t MAX_WAITING = 8;
 
 std::string randomKey()
 {
@@ -75,12 +77,14 @@ ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandle
 
 ScriptChannel::~ScriptChannel()
 {
-    for (Waiting& call : waiting)
-        g_dbus_method_invocation_return_value(call.invocation, g_variant_new("(s)", "null"));
+    while (!waiting.empty())
+        release(waiting.begin());
     if (expiry)
         g_source_remove(expiry);
-    for (auto& entry : keys) {
+    for (auto& entry : connections) {
         g_signal_handlers_disconnect_by_data(entry.first, this);
+        g_dbus_connection_unregister_object(entry.first, entry.second.registration);
+        g_dbus_connection_close_sync(entry.first, nullptr, nullptr);
         g_object_unref(entry.first);
     }
     if (server) {
@@ -110,14 +114,16 @@ gboolean ScriptChannel::newConnection(GDBusServer*, GDBusConnection* connection,
     auto* self = static_cast<ScriptChannel*>(data);
     static const GDBusInterfaceVTable vtable = {methodCall, nullptr, nullptr, {}};
     GError* error = nullptr;
-    // The connection lives as long as its registration: until the web process goes.
-    self->keys[G_DBUS_CONNECTION(g_object_ref(connection))] = randomKey();
-    g_signal_connect(connection, "closed", G_CALLBACK(closed), self);
-    if (!g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0], &vtable, self, nullptr,
-                                           &error)) {
+    const guint registration =
+        g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0], &vtable, self, nullptr, &error);
+    if (!registration) {
         g_warning("a page's channel could not be set up: %s", error->message);
         g_clear_error(&error);
+        return FALSE;
     }
+    // The connection lives as long as its registration: until the web process goes.
+    self->connections[G_DBUS_CONNECTION(g_object_ref(connection))] = {randomKey(), registration};
+    g_signal_connect(connection, "closed", G_CALLBACK(closed), self);
     return TRUE;
 }
 
@@ -126,10 +132,18 @@ void ScriptChannel::closed(GDBusConnection* connection, gboolean, GError*, gpoin
     auto* self = static_cast<ScriptChannel*>(data);
     for (auto page = self->pages.begin(); page != self->pages.end();)
         page = page->second == connection ? self->pages.erase(page) : std::next(page);
-    for (auto call = self->waiting.begin(); call != self->waiting.end();)
-        call = call->connection == connection ? self->waiting.erase(call) : std::next(call);
+    for (auto call = self->waiting.begin(); call != self->waiting.end();) {
+        if (call->connection == connection)
+            call = self->release(call);
+        else
+            ++call;
+    }
     g_signal_handlers_disconnect_by_data(connection, self);
-    self->keys.erase(connection);
+    auto found = self->connections.find(connection);
+    if (found != self->connections.end()) {
+        g_dbus_connection_unregister_object(connection, found->second.registration);
+        self->connections.erase(found);
+    }
     g_object_unref(connection);
 }
 
@@ -137,16 +151,19 @@ void ScriptChannel::methodCall(GDBusConnection* connection, const char*, const c
                                GVariant* parameters, GDBusMethodInvocation* invocation, gpointer data)
 {
     auto* self = static_cast<ScriptChannel*>(data);
-    if (g_strcmp0(method, "Hello") == 0) {
-        g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", self->keys[connection].c_str()));
-        return;
-    }
+    auto known = self->connections.find(connection);
+    if (known == self->connections.end())
+        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", "null"));
+    if (g_strcmp0(method, "Hello") == 0)
+        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", known->second.key.c_str()));
     guint64 page = 0;
     const char* name = nullptr;
     const char* arguments = nullptr;
     g_variant_get(parameters, "(t&s&s)", &page, &name, &arguments);
     if (self->connectionOf(page) == connection)
         return self->answer(page, name, arguments, invocation);
+    if (self->waitingOn(connection) >= MAX_WAITING)
+        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", "null"));
     self->waiting.push_back({connection, page, name, arguments, invocation, g_get_monotonic_time() + BINDING_WAIT_US});
     if (!self->expiry)
         self->expiry = g_timeout_add(100, expireWaiting, self);
@@ -168,13 +185,26 @@ gboolean ScriptChannel::expireWaiting(gpointer data)
             ++call;
             continue;
         }
-        g_dbus_method_invocation_return_value(call->invocation, g_variant_new("(s)", "null"));
-        call = self->waiting.erase(call);
+        call = self->release(call);
     }
     if (!self->waiting.empty())
         return G_SOURCE_CONTINUE;
     self->expiry = 0;
     return G_SOURCE_REMOVE;
+}
+
+std::vector<ScriptChannel::Waiting>::iterator ScriptChannel::release(std::vector<Waiting>::iterator call)
+{
+    g_dbus_method_invocation_return_value(call->invocation, g_variant_new("(s)", "null"));
+    return waiting.erase(call);
+}
+
+size_t ScriptChannel::waitingOn(GDBusConnection* connection) const
+{
+    size_t count = 0;
+    for (const Waiting& call : waiting)
+        count += call.connection == connection;
+    return count;
 }
 
 GDBusConnection* ScriptChannel::connectionOf(guint64 pageId) const
@@ -186,8 +216,8 @@ GDBusConnection* ScriptChannel::connectionOf(guint64 pageId) const
 void ScriptChannel::bind(guint64 pageId, const std::string& connectionKey)
 {
     GDBusConnection* connection = nullptr;
-    for (const auto& entry : keys)
-        if (!connectionKey.empty() && entry.second == connectionKey)
+    for (const auto& entry : connections)
+        if (!connectionKey.empty() && entry.second.key == connectionKey)
             connection = entry.first;
     if (!connection)
         return;

@@ -17,7 +17,8 @@
 // it says Hello; a page proves that it lives on a connection by sending that key to its own
 // view through WebKit (which only the page's web process can do), and the core then binds
 // the page to the connection. A call for a page that is not bound to the caller's connection
-// waits a moment for the binding, then gets null; only this user's processes may connect.
+// waits a moment for the binding, then gets null (a connection may have only a few waiting);
+// only this user's processes may connect.
 class ScriptChannel {
 public:
     using Handler = std::function<std::string(guint64 pageId, const std::string& name, const std::string& argumentsJson)>;
@@ -55,6 +56,9 @@ private:
     static void closed(GDBusConnection* connection, gboolean, GError*, gpointer self);
     static gboolean expireWaiting(gpointer self);
     void answer(guint64 pageId, const std::string& name, const std::string& arguments, GDBusMethodInvocation* invocation);
+    // Gives up a call that waited for a binding: it gets null. The next call.
+    std::vector<Waiting>::iterator release(std::vector<Waiting>::iterator call);
+    size_t waitingOn(GDBusConnection* connection) const;
     GDBusConnection* connectionOf(guint64 pageId) const;
 
     Handler handler;
@@ -62,7 +66,11 @@ private:
     GDBusNodeInfo* node = nullptr;
     GDBusAuthObserver* observer = nullptr;
     GDBusServer* server = nullptr;
-    std::map<GDBusConnection*, std::string> keys;  // one per web process, each held until it closes
+    struct Connection {
+        std::string key;
+        guint registration;
+    };
+    std::map<GDBusConnection*, Connection> connections;  // one per web process, each held until it closes
     std::map<guint64, GDBusConnection*> pages;     // page -> the connection it proved it lives on
     std::vector<Waiting> waiting;                  // calls that came before their page's binding
     guint expiry = 0;

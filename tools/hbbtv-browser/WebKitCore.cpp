@@ -137,7 +137,7 @@ PageView* WebKitCore::viewOf(WebKitWebView* webView)
 // A view with WebKit's reports wired; they count once it is a window's.
 std::unique_ptr<PageView> WebKitCore::newView(DAXO_TesmoWindow* window)
 {
-    auto view = std::make_unique<PageView>(context, filter.contentManager(), window);
+    auto view = std::make_unique<PageView>(context, filter.contentManager(), window, !filter.refusesEveryWebSocket());
     WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
@@ -241,10 +241,11 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
 {
     auto* self = static_cast<WebKitCore*>(data);
     PageView* view = self->viewOf(webView);
-    if (!view)
+    if (!view || view->isWarmingUp())
         return;
+    if (event == WEBKIT_LOAD_COMMITTED)
+        view->applications.clear();  // a new document: it has been given nothing yet
     if (event == WEBKIT_LOAD_STARTED) {
-        view->applications.clear();
         view->failed = false;
         view->silent = false;
         self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
@@ -270,7 +271,7 @@ gboolean WebKitCore::loadFailed(WebKitWebView* webView, WebKitLoadEvent, const c
 {
     auto* self = static_cast<WebKitCore*>(data);
     PageView* view = self->viewOf(webView);
-    if (!view || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
+    if (!view || view->isWarmingUp() || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
         return FALSE;
     if (view->silent && g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE))
         return TRUE;
@@ -435,7 +436,8 @@ void WebKitCore::describeCall(const PageView& view, const std::string& name, con
         return;
     out->record(JsonLine().field("page_call", name).field("arguments", arguments).field("answer", answer));
     if (name == "Requests.vet" && answer == "false")
-        out->say("the page's request for " + arguments.substr(2, arguments.size() - 4) + " is refused");
+        out->say("the page's request for " + (arguments.size() >= 4 ? arguments.substr(2, arguments.size() - 4) : arguments) +
+                 " is refused");
     else if (!isQuestion(name))
         out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window()) + ")");
 }

@@ -2,6 +2,8 @@
 // browser core. The library, the platform and the tick loop run on the GTK main thread;
 // pages run in WebKit's web processes.
 
+#include <glib-unix.h>
+
 #include <csignal>
 #include <cstdio>
 #include <map>
@@ -59,6 +61,12 @@ int main(int argc, char** argv)
 
     Timeline timeline(stdout, options.json);
     GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
+    // Interrupted, it ends as it ends on its own: the pages closed, its private files removed.
+    for (int signal : {SIGINT, SIGTERM})
+        g_unix_signal_add(signal, +[](gpointer mainLoop) {
+            g_main_loop_quit(static_cast<GMainLoop*>(mainLoop));
+            return gboolean(G_SOURCE_CONTINUE);
+        }, loop);
     {
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });

@@ -9,6 +9,7 @@ using namespace tesmo_test;
 namespace {
 
 const size_t PACKET = 188;
+const uint16_t FIRST_PID = 0x0020;  // below it the PIDs of DVB's own tables
 const uint16_t LAST_PID = 0x1FFE;
 
 uint16_t pidOf(const uint8_t* packet)
@@ -85,6 +86,10 @@ bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes,
     while (at + 5 <= pmt.size() - 4) {
         const uint8_t type = pmt[at];
         const uint16_t pid = uint16_t((pmt[at + 1] & 0x1F) << 8 | pmt[at + 2]);
+        if (isAudioOrVideo(type) && (pid < FIRST_PID || pid > LAST_PID || pid == pmtPid || moved.count(pid))) {
+            error = path + ": its PMT puts a stream on PID " + std::to_string(pid) + ", which no stream can have";
+            return false;
+        }
         if (isAudioOrVideo(type)) {
             const unsigned target = firstPid + unsigned(moved.size());
             if (target > LAST_PID) {

@@ -1,5 +1,6 @@
 #include "SampleDescription.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <set>
@@ -26,22 +27,29 @@ bool fits(const std::string& text, size_t limit)
     return text.size() <= limit;
 }
 
-// Words of a line; a double-quoted text is one word.
-std::vector<std::string> words(const std::string& line)
+// Words of a line; a double-quoted text is one word, and a # outside one starts a comment.
+// False for a quote that is not closed.
+bool words(const std::string& line, std::vector<std::string>& out)
 {
-    std::vector<std::string> out;
     std::istringstream in(line);
     std::string word;
-    while (in >> std::ws && !in.eof()) {
+    while (in >> std::ws && !in.eof() && in.peek() != '#') {
         if (in.peek() == '"') {
             in.get();
-            std::getline(in, word, '"');
+            if (!std::getline(in, word, '"') || in.eof())
+                return false;
         } else {
             in >> word;
+            const size_t comment = word.find('#');
+            if (comment != std::string::npos) {
+                word.resize(comment);
+                out.push_back(word);
+                return true;
+            }
         }
         out.push_back(word);
     }
-    return out;
+    return true;
 }
 
 const unsigned long MAX_PID = 0x1FFE;  // 0x1FFF is the null packets' PID
@@ -52,9 +60,10 @@ const unsigned long MAX_REPEAT = 100;
 unsigned long number(const std::string& text, unsigned long max, bool& ok)
 {
     char* end = nullptr;
-    const unsigned long value = std::strtoul(text.c_str(), &end, 0);
-    ok = ok && !text.empty() && text[0] != '-' && *end == '\0' && value <= max;
-    return value;
+    errno = 0;
+    const unsigned long long value = std::strtoull(text.c_str(), &end, 0);
+    ok = ok && !text.empty() && text[0] != '-' && *end == '\0' && errno == 0 && value <= max;
+    return ok ? static_cast<unsigned long>(value) : 0;
 }
 
 uint16_t pid(const std::string& text, bool& ok)
@@ -261,11 +270,8 @@ bool parseDescriptionText(const std::string& text, const std::string& name, Samp
     std::istringstream in(text);
     std::string line;
     for (int n = 1; std::getline(in, line); ++n) {
-        const size_t hash = line.find('#');
-        if (hash != std::string::npos)
-            line.resize(hash);
-        const std::vector<std::string> w = words(line);
-        if (line.find('\0') != std::string::npos || (!w.empty() && !parseLine(w, sample))) {
+        std::vector<std::string> w;
+        if (line.find('\0') != std::string::npos || !words(line, w) || (!w.empty() && !parseLine(w, sample))) {
             error = name + ":" + std::to_string(n) + ": cannot read '" + line + "'";
             return false;
         }

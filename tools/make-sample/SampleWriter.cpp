@@ -143,7 +143,7 @@ bool carouselSections(const std::string& directory, const SampleService& sample,
     std::vector<carousel::CarouselStreamEvent> streamEvents;
     for (const SampleStreamEvent& streamEvent : sample.streamEvents)
         streamEvents.push_back({streamEvent.path, streamEvent.events, sample.eventTag});
-    if (files.empty())
+    if (files.empty() && streamEvents.empty())
         return true;
     sections = carousel::writeObjectCarousel(files, ids, compressed, streamEvents);
     error = readBack(sections, files);

@@ -36,6 +36,7 @@ int main(int argc, char** argv)
             ts.writePacket(packet);
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));
+    out.close();
     if (!out) {
         std::fprintf(stderr, "make-sample: cannot write %s\n", argv[2]);
         return 2;

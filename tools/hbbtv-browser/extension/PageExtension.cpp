@@ -4,7 +4,8 @@
 // comes, as a TV's script bindings do), then each object script with what the bridge
 // returns. Calls and events cross as JSON and become JavaScript values; nothing of the
 // bridge is a page global. Every request the page's engine makes, from any frame or worker
-// and at each redirect, is put to the TV here before it leaves.
+// and at each redirect, is put to the TV here before it leaves. The answer is asked each time:
+// what a page may request changes with the application in its window, which only the TV knows.
 
 #include <jsc/jsc.h>
 #include <json-glib/json-glib.h>
@@ -19,9 +20,6 @@ namespace {
 const char* const OBJECT_PATH = "/tv/tesmo/Browser";
 const char* const INTERFACE = "tv.tesmo.Browser";
 const int CALL_TIMEOUT_MS = 5000;
-// Answers kept per page for requests asked again (a page's images, its polling); a new
-// document starts afresh, since the application and its boundaries may have changed.
-const size_t REMEMBERED_ANSWERS = 512;
 
 struct Script {
     std::string uri;
@@ -32,7 +30,6 @@ GDBusConnection* channel = nullptr;
 std::string channelKey;                        // proves to the TV, through a page's view, which connection is ours
 std::vector<Script> scripts;                   // the bridge first, then the objects
 std::map<guint64, JSCValue*> deliverers;       // page id -> the bridge's deliver function
-std::map<guint64, std::map<std::string, bool>> requestAnswers;  // page id -> URL -> allowed
 
 // Call(page, name, arguments as JSON) in the TV: its answer as JSON text, or null on failure.
 GVariant* callTv(guint64 pageId, const char* name, const char* json, GError** error)
@@ -67,7 +64,6 @@ JSCValue* nativeCall(const char* name, JSCValue* args, gpointer pageId)
 void forgetPage(gpointer pageId, GObject*)
 {
     const guint64 id = guint64(GPOINTER_TO_SIZE(pageId));
-    requestAnswers.erase(id);
     auto found = deliverers.find(id);
     if (found != deliverers.end()) {
         g_object_unref(found->second);
@@ -133,19 +129,9 @@ bool staysInTheEngine(const char* uri)
     return false;
 }
 
-bool isDocument(WebKitURIRequest* request)
-{
-    SoupMessageHeaders* headers = webkit_uri_request_get_http_headers(request);
-    const char* destination = headers ? soup_message_headers_get_one(headers, "Sec-Fetch-Dest") : nullptr;
-    return g_strcmp0(destination, "document") == 0;
-}
-
+// Only the TV's explicit yes lets a request go: no answer, or no TV, refuses it.
 bool allowed(guint64 pageId, const std::string& url)
 {
-    std::map<std::string, bool>& answers = requestAnswers[pageId];
-    auto known = answers.find(url);
-    if (known != answers.end())
-        return known->second;
     JsonBuilder* builder = json_builder_new();
     json_builder_begin_array(builder);
     json_builder_add_string_value(builder, url.c_str());
@@ -162,9 +148,6 @@ bool allowed(guint64 pageId, const std::string& url)
     const bool allow = g_strcmp0(answer, "true") == 0;
     if (reply)
         g_variant_unref(reply);
-    if (answers.size() >= REMEMBERED_ANSWERS)
-        answers.clear();
-    answers[url] = allow;
     return allow;
 }
 
@@ -178,10 +161,7 @@ gboolean onSendRequest(WebKitWebPage* page, WebKitURIRequest* request, WebKitURI
         return TRUE;
     if (staysInTheEngine(uri))
         return FALSE;
-    const guint64 pageId = webkit_web_page_get_id(page);
-    if (isDocument(request))
-        requestAnswers.erase(pageId);
-    return !allowed(pageId, uri);
+    return !allowed(webkit_web_page_get_id(page), uri);
 }
 
 void onPageCreated(WebKitWebExtension*, WebKitWebPage* page, gpointer)
@@ -227,6 +207,7 @@ void connectToTv(const char* address)
     if (!hello) {
         g_warning("no channel to the TV at %s: %s", address, error ? error->message : "?");
         g_clear_error(&error);
+        g_clear_object(&channel);  // calls then fail at once, and every request is refused
         return;
     }
     const char* key = nullptr;

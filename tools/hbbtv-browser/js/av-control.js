@@ -19,7 +19,7 @@
             throw new TypeError('not an A/V control object');
         if (!states.has(object))
             states.set(object, { playState: STOPPED, error: undefined, speed: 0, media: null, dash: null,
-                                 fullScreen: false, queued: null });
+                                 fullScreen: false, windowed: null, queued: null, loads: 0 });
         return states.get(object);
     }
 
@@ -91,15 +91,21 @@
         });
         media.addEventListener('ended', function () { finished(object); });
         media.addEventListener('error', function () {
-            if (state.playState === STOPPED || state.dash)
+            if (state.playState === STOPPED)
                 return;
             var code = MEDIA_ERRORS[media.error ? media.error.code : 1];
-            if (code !== FORMAT_NOT_SUPPORTED)
+            if (code !== FORMAT_NOT_SUPPORTED || state.dash)
                 return failed(object, code);
-            // The engine says the same of a file that is not there: ask the server which it is.
+            // The engine says the same of a file that is not there: ask the server which it is,
+            // unless the object has loaded something else meanwhile.
+            var load = state.loads;
+            var fail = function (answer) {
+                if (state.loads === load)
+                    failed(object, answer);
+            };
             fetch(media.currentSrc || String(object.data), { method: 'HEAD' }).then(function (response) {
-                failed(object, response.ok ? FORMAT_NOT_SUPPORTED : NOT_AVAILABLE);
-            }, function () { failed(object, CANNOT_CONNECT); });
+                fail(response.ok ? FORMAT_NOT_SUPPORTED : NOT_AVAILABLE);
+            }, function () { fail(CANNOT_CONNECT); });
         });
         media.addEventListener('seeked', function () {
             fire(object, 'onPlayPositionChanged', 'PlayPositionChanged', [position(state)], { position: position(state) });
@@ -131,6 +137,7 @@
     }
 
     function unload(state) {
+        ++state.loads;
         if (state.dash) {
             state.dash.stop();
             state.dash = null;
@@ -215,13 +222,18 @@
         report(this, state, 'seek ' + Math.round(target));
         return true;
     });
+    // Full screen covers the screen; back from it, the object is where the page had put it.
+    var PLACEMENT = ['position', 'left', 'top', 'width', 'height'];
+    var FULL = { position: 'fixed', left: '0', top: '0', width: '100%', height: '100%' };
     define('setFullScreen', function (fullScreen) {
         var state = stateOf(this);
+        var style = this.style;
+        if (Boolean(fullScreen) === state.fullScreen)
+            return;
         state.fullScreen = Boolean(fullScreen);
-        this.style.position = state.fullScreen ? 'fixed' : '';
-        ['left', 'top'].forEach(function (edge) { this.style[edge] = state.fullScreen ? '0' : ''; }, this);
-        this.style.width = state.fullScreen ? '100%' : '';
-        this.style.height = state.fullScreen ? '100%' : '';
+        if (state.fullScreen)
+            state.windowed = PLACEMENT.map(function (name) { return style[name]; });
+        PLACEMENT.forEach(function (name, i) { style[name] = state.fullScreen ? FULL[name] : state.windowed[i]; });
         fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
     });
     define('setVolume', function (volume) {

@@ -8,6 +8,8 @@
     'use strict';
     var FORMAT_NOT_SUPPORTED = 0, CANNOT_CONNECT = 1, CONTENT_CORRUPT = 4;
     var AHEAD_SECONDS = 30;
+    var MAX_SEGMENTS = 100000;  // a manifest that lists more is not believed
+    var MAX_NUMBER_WIDTH = 16;
 
     function children(element, name) {
         return Array.prototype.filter.call(element ? element.children : [], function (c) { return c.localName === name; });
@@ -34,9 +36,8 @@
                 return '$';
             var value = String({ RepresentationID: representation.getAttribute('id'), Number: number, Time: time,
                                  Bandwidth: representation.getAttribute('bandwidth') }[name]);
-            while (width && value.length < Number(width))
-                value = '0' + value;
-            return value;
+            var pad = Math.min(Number(width) || 0, MAX_NUMBER_WIDTH) - value.length;
+            return pad > 0 ? '0'.repeat(pad) + value : value;
         });
     }
 
@@ -48,15 +49,21 @@
         return null;
     }
 
-    // [{ url, start }] for the representation, the initialization first (start -1).
+    function tooMany() { throw { code: CONTENT_CORRUPT }; }
+
+    // [{ url, start }] for the representation in presentation time, the initialization first
+    // (start -1); its offset is what the media's own timestamps are moved by.
     function segments(chain, base, periodSeconds) {
         var representation = chain[0];
         var template = inherited(chain, 'SegmentTemplate');
         var list = inherited(chain, 'SegmentList');
         var out = [];
+        out.offset = 0;
         if (template) {
             var timescale = Number(template.getAttribute('timescale')) || 1;
             var number = Number(template.getAttribute('startNumber') || 1);
+            var offset = (Number(template.getAttribute('presentationTimeOffset')) || 0) / timescale;
+            out.offset = -offset;
             if (template.getAttribute('initialization'))
                 out.push({ url: new URL(fill(template.getAttribute('initialization'), representation, 0, 0), base).href, start: -1 });
             var timeline = child(template, 'SegmentTimeline');
@@ -65,21 +72,31 @@
                 var time = 0;
                 children(timeline, 'S').forEach(function (s) {
                     time = s.hasAttribute('t') ? Number(s.getAttribute('t')) : time;
-                    for (var r = 0; r <= Number(s.getAttribute('r') || 0); ++r) {
-                        out.push({ url: new URL(fill(media, representation, number++, time), base).href, start: time / timescale });
-                        time += Number(s.getAttribute('d'));
-                    }
+                    var d = Number(s.getAttribute('d'));
+                    var r = Number(s.getAttribute('r') || 0);
+                    if (!(d > 0))
+                        return;
+                    // r="-1" repeats the segment to the period's end.
+                    var count = r < 0 ? Math.ceil((periodSeconds + offset) * timescale / d - time / d) : r + 1;
+                    if (!(count > 0) || out.length + count > MAX_SEGMENTS)
+                        tooMany();
+                    for (var i = 0; i < count; ++i, time += d)
+                        out.push({ url: new URL(fill(media, representation, number++, time), base).href, start: time / timescale - offset });
                 });
             } else {
                 var duration = Number(template.getAttribute('duration')) / timescale;
+                if (duration > 0 && periodSeconds / duration > MAX_SEGMENTS)
+                    tooMany();
                 for (var t = 0; duration > 0 && t < periodSeconds - 1e-3; t += duration)
-                    out.push({ url: new URL(fill(media, representation, number++, Math.round(t * timescale)), base).href, start: t });
+                    out.push({ url: new URL(fill(media, representation, number++, Math.round((t + offset) * timescale)), base).href, start: t });
             }
         } else if (list) {
             var initialization = child(list, 'Initialization');
             if (initialization)
                 out.push({ url: new URL(initialization.getAttribute('sourceURL'), base).href, start: -1 });
             var step = Number(list.getAttribute('duration')) / (Number(list.getAttribute('timescale')) || 1) || 0;
+            if (children(list, 'SegmentURL').length > MAX_SEGMENTS)
+                tooMany();
             children(list, 'SegmentURL').forEach(function (s, i) {
                 out.push({ url: new URL(s.getAttribute('media'), base).href, start: i * step });
             });
@@ -106,9 +123,20 @@
     // One track: its source buffer, its segments, and the next one to fetch.
     function Track(mediaSource, mime, list) {
         this.buffer = mediaSource.addSourceBuffer(mime);
+        this.buffer.timestampOffset = list.offset;
         this.list = list;
         this.init = list[0].start < 0 ? list[0] : null;
         this.next = this.init ? 1 : 0;
+    }
+
+    // The track's next segment is the one that holds the position.
+    function seekTrack(track, position) {
+        var at = track.init ? 1 : 0;
+        for (var i = at; i < track.list.length; ++i)
+            if (track.list[i].start <= position + 1e-3)
+                at = i;
+        track.next = at;
+        track.done = false;
     }
 
     tv.dashPlayer = function (url, media, onError) {
@@ -116,6 +144,7 @@
         var tracks = [];
         var generation = 0;
         var stopped = false;
+        var started = false;  // the tracks' initializations are in
         media.src = URL.createObjectURL(mediaSource);
 
         function fail(code) {
@@ -163,30 +192,32 @@
                 return run === generation ? append(track, bytes) : null;
             }).then(function () { return feed(track, run); });
         }
+        // Each track from the segment that holds the position, in a run of its own.
         function start() {
             var run = ++generation;
+            started = true;
+            tracks.forEach(function (track) { seekTrack(track, media.currentTime); });
             Promise.all(tracks.map(function (track) { return feed(track, run); })).then(function () {
                 if (run === generation && !stopped && mediaSource.readyState === 'open' &&
                     tracks.every(function (track) { return track.done; }))
                     mediaSource.endOfStream();
-            }, function (error) { fail(error && error.code !== undefined ? error.code : CONTENT_CORRUPT); });
+            }, function (error) {
+                if (run === generation)
+                    fail(error && error.code !== undefined ? error.code : CONTENT_CORRUPT);
+            });
         }
-        // A seek outside what is buffered restarts each track at the segment that holds it.
-        media.addEventListener('seeking', function () {
-            if (stopped || tracks.length === 0)
+        // A seek outside what is buffered restarts the tracks there; one before the tracks
+        // are ready is where they start.
+        function seeking() {
+            if (stopped || !started || tracks.every(function (track) { return bufferedAhead(track) > 0; }))
                 return;
             tracks.forEach(function (track) {
-                var at = track.init ? 1 : 0;
-                for (var i = at; i < track.list.length; ++i)
-                    if (track.list[i].start <= media.currentTime + 1e-3)
-                        at = i;
-                track.next = at;
-                track.done = false;
                 if (track.buffer.updating)
                     track.buffer.abort();
             });
             start();
-        });
+        }
+        media.addEventListener('seeking', seeking);
 
         mediaSource.addEventListener('sourceopen', function () {
             fetch(url).then(function (response) {
@@ -226,13 +257,14 @@
                 return Promise.all(tracks.map(function (track) {
                     return track.init ? fetchBytes(track.init.url).then(function (bytes) { return append(track, bytes); }) : null;
                 }));
-            }).then(start, function (error) { fail(error && error.code !== undefined ? error.code : CONTENT_CORRUPT); });
+            }).then(start).catch(function (error) { fail(error && error.code !== undefined ? error.code : CONTENT_CORRUPT); });
         });
 
         return {
             stop: function () {
                 stopped = true;
                 ++generation;
+                media.removeEventListener('seeking', seeking);
                 URL.revokeObjectURL(media.src);
             }
         };

@@ -12,7 +12,10 @@ namespace {
 // given (its own, those it created); any other number names no application.
 void* applicationId(const PageContext& page, const Arguments& args)
 {
-    const auto id = uintptr_t(args.number(0));
+    const double number = args.number(0);
+    if (!(number >= 0 && number <= double(UINT32_MAX)))
+        return nullptr;
+    const auto id = uintptr_t(number);
     return page.applications->count(id) ? reinterpret_cast<void*>(id) : nullptr;
 }
 

@@ -7,14 +7,24 @@ const char* const ERRORS[] = {"format not supported", "cannot connect", "unident
                               "content corrupt", "content not available", "not available at that position",
                               "blocked by parental control"};
 
-std::string describe(const std::string& what, int playState, int error, int position, double speed)
+// A page's text on one line of the timeline: no control characters, not too long.
+std::string oneLine(const std::string& text)
+{
+    std::string line = text.substr(0, 512);
+    for (char& c : line)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = ' ';
+    return line;
+}
+
+std::string describe(const std::string& what, long playState, long error, long position, long speed)
 {
     if (what == "play")
-        return "play at speed " + std::to_string(int(speed)) + " from " + std::to_string(position) + " ms";
+        return "play at speed " + std::to_string(speed) + " from " + std::to_string(position) + " ms";
     if (what == "pause")
         return "pause at " + std::to_string(position) + " ms";
     if (what.compare(0, 5, "seek ") == 0)
-        return "seek to " + what.substr(5) + " ms";
+        return "seek to " + oneLine(what.substr(5)) + " ms";
     if (playState < 0 || playState > 6)
         return "state " + std::to_string(playState);
     std::string line = STATES[playState];
@@ -45,8 +55,8 @@ JsonNode* AvControlObject::changed(const PageContext& page, const Arguments& arg
                    ? std::string(json_node_get_string(node))
                    : std::string();
     };
-    say(page, "media " + text("data") + ": " +
-                  describe(text("what"), int(number("playState", -1)), int(number("error", -1)), int(number("position", 0)),
-                           number("speed", 0)));
+    say(page, "media " + oneLine(text("data")) + ": " +
+                  describe(text("what"), wholeNumber(number("playState", -1)), wholeNumber(number("error", -1)),
+                           wholeNumber(number("position", 0)), wholeNumber(number("speed", 0))));
     return reply::null();
 }

@@ -5,6 +5,11 @@ JsonNode* Arguments::at(unsigned index) const
     return array && index < json_array_get_length(array) ? json_array_get_element(array, index) : nullptr;
 }
 
+long wholeNumber(double value)
+{
+    return value >= -2147483648.0 && value <= 2147483647.0 ? long(value) : 0;
+}
+
 double Arguments::number(unsigned index) const
 {
     JsonNode* node = at(index);

@@ -49,6 +49,9 @@ JsonNode* result(int result, double value);
 JsonNode* object(JsonObject* members);
 } // namespace reply
 
+// A number a page sent as a whole one; 0 for what no int holds (huge, not a number).
+long wholeNumber(double value);
+
 using PageMethod = std::function<JsonNode*(const PageContext& page, const Arguments& args)>;
 using PageMethods = std::map<std::string, PageMethod>;
 

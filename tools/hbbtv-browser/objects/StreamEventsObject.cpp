@@ -10,7 +10,7 @@ namespace {
 // number for it.
 void* listenerCookie(const PageContext& page, double listener)
 {
-    return reinterpret_cast<void*>(uintptr_t(page.handle) << 16 | (uintptr_t(listener) & 0xFFFF));
+    return reinterpret_cast<void*>(uintptr_t(page.handle) << 16 | (uintptr_t(wholeNumber(listener)) & 0xFFFF));
 }
 
 // (target URL, event name, listener): a stream event object of the carousel.

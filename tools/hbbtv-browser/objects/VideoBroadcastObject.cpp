@@ -83,8 +83,8 @@ VideoBroadcastObject::VideoBroadcastObject(TvScreen& tvScreen, const BroadcastPi
         {"VideoBroadcast.video", [this](const PageContext&, const Arguments& a) { return placeVideo(a); }},
         // Where the current service's audio and video play from; null without them.
         {"VideoBroadcast.picture",
-         [this](const PageContext&, const Arguments&) {
-             const Channel* channel = TvPlatform::get().currentChannel();
+         [this](const PageContext& page, const Arguments&) {
+             const Channel* channel = isBroadcastRelated(page) ? TvPlatform::get().currentChannel() : nullptr;
              const std::string url = channel ? pictures.urlOf(channel->serviceId) : "";
              return url.empty() ? reply::null() : reply::text(url);
          }},
@@ -150,7 +150,7 @@ JsonNode* VideoBroadcastObject::placeVideo(const Arguments& args)
 {
     auto number = [&args](const char* name) {
         JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) ? int(json_node_get_double(node)) : 0;
+        return node && JSON_NODE_HOLDS_VALUE(node) ? int(wholeNumber(json_node_get_double(node))) : 0;
     };
     auto flag = [&args](const char* name) {
         JsonNode* node = args.member(0, name);
