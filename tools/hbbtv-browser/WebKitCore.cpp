@@ -243,9 +243,9 @@ void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
     PageView* view = self->viewOf(webView);
     if (!view || view->isWarmingUp())
         return;
-    if (event == WEBKIT_LOAD_COMMITTED)
-        view->applications.clear();  // a new document: it has been given nothing yet
     if (event == WEBKIT_LOAD_STARTED) {
+        // Before the new document can ask for anything: the commit would come too late.
+        view->applications.clear();
         view->failed = false;
         view->silent = false;
         self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});

@@ -23,15 +23,6 @@
         return states.get(object);
     }
 
-    function fire(object, handler, name, args, detail) {
-        if (typeof object[handler] === 'function')
-            object[handler].apply(object, args);
-        var event = new Event(name);
-        for (var key in detail)
-            Object.defineProperty(event, key, { value: detail[key] });
-        object.dispatchEvent(event);
-    }
-
     function position(state) {
         return state.media ? Math.round(state.media.currentTime * 1000) : 0;
     }
@@ -49,7 +40,7 @@
         state.playState = playState;
         state.error = playState === ERROR ? error : undefined;
         report(object, state, 'state');
-        fire(object, 'onPlayStateChange', 'PlayStateChange', [], { state: playState, error: state.error });
+        tv.fire(object, 'onPlayStateChange', 'PlayStateChange', [], { state: playState, error: state.error });
     }
 
     // Told for every play(), changed or not, as a TV tells it.
@@ -58,7 +49,7 @@
         if (state.speed === speed && !told)
             return;
         state.speed = speed;
-        fire(object, 'onPlaySpeedChanged', 'PlaySpeedChanged', [speed], { speed: speed });
+        tv.fire(object, 'onPlaySpeedChanged', 'PlaySpeedChanged', [speed], { speed: speed });
     }
 
     // The engine's media element, made when the object first plays; it fills the object.
@@ -108,7 +99,7 @@
             }, function () { fail(CANNOT_CONNECT); });
         });
         media.addEventListener('seeked', function () {
-            fire(object, 'onPlayPositionChanged', 'PlayPositionChanged', [position(state)], { position: position(state) });
+            tv.fire(object, 'onPlayPositionChanged', 'PlayPositionChanged', [position(state)], { position: position(state) });
         });
         object.appendChild(media);
         state.media = media;
@@ -234,7 +225,7 @@
         if (state.fullScreen)
             state.windowed = PLACEMENT.map(function (name) { return style[name]; });
         PLACEMENT.forEach(function (name, i) { style[name] = state.fullScreen ? FULL[name] : state.windowed[i]; });
-        fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
+        tv.fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
     });
     define('setVolume', function (volume) {
         var level = Number(volume);

@@ -40,6 +40,15 @@
         on: function (name, handler) {
             handlers[name] = handler;
         },
+        // An object's event: its on... handler first, then the DOM event with the details.
+        fire: function (object, handler, name, args, detail) {
+            if (typeof object[handler] === 'function')
+                object[handler].apply(object, args);
+            var event = new Event(name);
+            for (var key in detail)
+                Object.defineProperty(event, key, { value: detail[key] });
+            object.dispatchEvent(event);
+        },
         deliver: function (name, payload) {
             var handler = handlers[name];
             if (handler)

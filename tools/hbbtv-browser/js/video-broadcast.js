@@ -55,22 +55,13 @@
 
     function later(work) { setTimeout(work, 0); }
 
-    function fire(object, handler, name, args, detail) {
-        if (typeof object[handler] === 'function')
-            object[handler].apply(object, args);
-        var event = new Event(name);
-        for (var key in detail)
-            Object.defineProperty(event, key, { value: detail[key] });
-        object.dispatchEvent(event);
-    }
-
     function setPlayState(object, playState, error) {
         var state = stateOf(object);
         if (state.playState === playState && error === undefined)
             return;
         state.playState = playState;
         placeVideo(object);
-        fire(object, 'onPlayStateChange', 'PlayStateChange', [playState, error], { state: playState, error: error });
+        tv.fire(object, 'onPlayStateChange', 'PlayStateChange', [playState, error], { state: playState, error: error });
     }
 
     // The broadcast's stand-in as the object's own picture: a dark frame with the channel's
@@ -160,7 +151,7 @@
             setPlayState(object, UNREALIZED);
         } else if (answer.error !== undefined) {
             later(function () {
-                fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, answer.error],
+                tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, answer.error],
                      { channel: state.channel, errorState: answer.error });
             });
         } else if (answer.channel) {
@@ -173,7 +164,7 @@
     function channelChanged(object, data) {
         var state = stateOf(object);
         state.channel = tv.channelOf(data);
-        fire(object, 'onChannelChangeSucceeded', 'ChannelChangeSucceeded', [state.channel], { channel: state.channel });
+        tv.fire(object, 'onChannelChangeSucceeded', 'ChannelChangeSucceeded', [state.channel], { channel: state.channel });
         setPlayState(object, PRESENTING);
     }
 
@@ -202,7 +193,7 @@
         var state = stateOf(this);
         state.fullScreen = Boolean(fullScreen);
         placeVideo(this);
-        fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
+        tv.fire(this, 'onFullScreenChange', 'FullScreenChange', [], {});
     });
     define('getChannelConfig', function () {
         stateOf(this);
