@@ -25,6 +25,8 @@ PageDownloads::PageDownloads(WebKitWebContext* webContext, Handlers downloadHand
 
 PageDownloads::~PageDownloads()
 {
+    for (WebKitDownload* download : active)
+        g_signal_handlers_disconnect_by_data(download, this);
     g_signal_handlers_disconnect_by_data(context, this);
 }
 
@@ -47,8 +49,9 @@ bool PageDownloads::take(WebKitResponsePolicyDecision* decision)
 
 void PageDownloads::started(WebKitWebContext*, WebKitDownload* download, gpointer self)
 {
-    ++static_cast<PageDownloads*>(self)->active;
+    static_cast<PageDownloads*>(self)->active.insert(download);
     g_signal_connect(download, "decide-destination", G_CALLBACK(decideDestination), nullptr);
+    g_signal_connect(download, "received-data", G_CALLBACK(receivedData), self);
     g_signal_connect(download, "finished", G_CALLBACK(finished), self);
     g_signal_connect(download, "failed", G_CALLBACK(failed), self);
 }
@@ -71,7 +74,7 @@ gboolean PageDownloads::decideDestination(WebKitDownload* download, const char*,
 void PageDownloads::finished(WebKitDownload* download, gpointer data)
 {
     auto* self = static_cast<PageDownloads*>(data);
-    --self->active;
+    self->active.erase(download);
     WebKitWebView* webView = webkit_download_get_web_view(download);
     const char* destination = webkit_download_get_destination(download);
     char* path = destination ? g_filename_from_uri(destination, nullptr, nullptr) : nullptr;
@@ -98,12 +101,26 @@ void PageDownloads::finished(WebKitDownload* download, gpointer data)
     g_free(path);
 }
 
+void PageDownloads::receivedData(WebKitDownload* download, guint64, gpointer data)
+{
+    if (WebKitWebView* webView = webkit_download_get_web_view(download))
+        static_cast<PageDownloads*>(data)->handlers.progress(webView);
+}
+
+void PageDownloads::cancel(WebKitWebView* webView)
+{
+    const std::set<WebKitDownload*> downloads = active;
+    for (WebKitDownload* download : downloads)
+        if (webkit_download_get_web_view(download) == webView)
+            webkit_download_cancel(download);
+}
+
 void PageDownloads::failed(WebKitDownload* download, GError* error, gpointer data)
 {
     auto* self = static_cast<PageDownloads*>(data);
     g_object_set_data(G_OBJECT(download), "tesmo-failed", GINT_TO_POINTER(1));  // "finished" follows
     WebKitWebView* webView = webkit_download_get_web_view(download);
     WebKitURIRequest* request = webkit_download_get_request(download);
-    if (webView && !isXmlAit(contentTypeOf(download)))
+    if (webView)
         self->handlers.failed(webView, request ? webkit_uri_request_get_uri(request) : "", error ? error->message : "");
 }

@@ -4,6 +4,7 @@
 #include <webkit2/webkit2.h>
 
 #include <functional>
+#include <set>
 #include <string>
 
 // Responses a TV takes that WebKit does not show: an XML AIT, which goes to the library, and
@@ -17,6 +18,7 @@ public:
         // The page's bytes, the type WebKit is to show them as, its URL and HTTP status.
         std::function<void(WebKitWebView*, GBytes* bytes, const std::string& type, const std::string& uri, unsigned status)> page;
         std::function<void(WebKitWebView*, const std::string& uri, const std::string& error)> failed;
+        std::function<void(WebKitWebView*)> progress;  // bytes arrived
     };
 
     PageDownloads(WebKitWebContext* context, Handlers handlers);
@@ -28,17 +30,20 @@ public:
     static bool take(WebKitResponsePolicyDecision* decision);
     static bool isXmlAit(const std::string& contentType);
     // Downloads under way: a page still on its way.
-    bool busy() const { return active > 0; }
+    bool busy() const { return !active.empty(); }
+    // Gives up the view's downloads; each fails.
+    void cancel(WebKitWebView* webView);
 
 private:
     static void started(WebKitWebContext*, WebKitDownload* download, gpointer self);
     static gboolean decideDestination(WebKitDownload* download, const char*, gpointer);
     static void finished(WebKitDownload* download, gpointer self);
     static void failed(WebKitDownload* download, GError* error, gpointer self);
+    static void receivedData(WebKitDownload* download, guint64 length, gpointer self);
 
     WebKitWebContext* context;
     Handlers handlers;
-    int active = 0;
+    std::set<WebKitDownload*> active;
 };
 
 #endif

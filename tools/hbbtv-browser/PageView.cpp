@@ -21,13 +21,19 @@ void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*
     webkit_feature_list_unref(features);
 }
 
+const char* const COMPLETE = "tesmo-complete";  // a resource that has come whole
+
 } // namespace
 
-PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window, bool webSockets)
+PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window,
+                   PageLoad::Clock::duration quietLimit, bool webSockets)
     : browserWindow(window),
       view(WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
-                                                          content, "website-policies", tvPolicies(), nullptr))))
+                                                          content, "website-policies", tvPolicies(), nullptr)))),
+      pageLoad(quietLimit), warmingUp(window == nullptr)
 {
+    g_signal_connect(view, "resource-load-started", G_CALLBACK(resourceStarted), this);
+    g_signal_connect(view, "notify::estimated-load-progress", G_CALLBACK(progressed), this);
     const GdkRGBA transparent = {0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
     WebKitSettings* settings = webkit_web_view_get_settings(view);
@@ -40,8 +46,19 @@ PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content,
     // straight to the page, with no input method composing text from them.
     webkit_settings_set_enable_spatial_navigation(settings, TRUE);
     webkit_web_view_set_input_method_context(view, nullptr);
-    if (!window)
+    if (!window) {
+        // After the core's own handlers, which are to see the blank page as warming up.
+        g_signal_connect_after(view, "load-changed", G_CALLBACK(warmUpChanged), this);
         webkit_web_view_load_uri(view, "about:blank");
+    }
+}
+
+void PageView::warmUpChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self)
+{
+    if (event != WEBKIT_LOAD_FINISHED)
+        return;
+    static_cast<PageView*>(self)->warmingUp = false;
+    g_signal_handlers_disconnect_by_func(webView, reinterpret_cast<gpointer>(warmUpChanged), self);
 }
 
 WebKitWebsitePolicies* PageView::tvPolicies()
@@ -52,6 +69,7 @@ WebKitWebsitePolicies* PageView::tvPolicies()
 
 PageView::~PageView()
 {
+    g_signal_handlers_disconnect_by_data(view, this);
     webkit_web_view_terminate_web_process(view);
     g_object_unref(view);
 }
@@ -72,8 +90,44 @@ void PageView::setUserAgentExtension(const std::string& extension)
 
 void PageView::load(const std::string& url)
 {
-    loaded = true;
+    pageLoad.requested(url, PageLoad::Clock::now());
     webkit_web_view_load_uri(view, url.c_str());
+}
+
+void PageView::stopLoading()
+{
+    webkit_web_view_stop_loading(view);
+}
+
+// A resource that starts, and the engine's estimate of the load that moves as bytes arrive,
+// are progress of the load under way.
+void PageView::resourceStarted(WebKitWebView*, WebKitWebResource* resource, WebKitURIRequest*, gpointer self)
+{
+    static_cast<PageView*>(self)->pageLoad.progressed(PageLoad::Clock::now());
+    g_signal_connect(resource, "finished", G_CALLBACK(resourceFinished), nullptr);
+}
+
+void PageView::progressed(WebKitWebView*, GParamSpec*, gpointer self)
+{
+    static_cast<PageView*>(self)->pageLoad.progressed(PageLoad::Clock::now());
+}
+
+void PageView::resourceFinished(WebKitWebResource* resource, gpointer)
+{
+    g_object_set_data(G_OBJECT(resource), COMPLETE, GINT_TO_POINTER(1));
+}
+
+unsigned PageView::documentStatus() const
+{
+    WebKitWebResource* page = webkit_web_view_get_main_resource(view);
+    WebKitURIResponse* response = page ? webkit_web_resource_get_response(page) : nullptr;
+    return response ? webkit_uri_response_get_status_code(response) : 0;
+}
+
+bool PageView::isDocumentComplete() const
+{
+    WebKitWebResource* page = webkit_web_view_get_main_resource(view);
+    return page && g_object_get_data(G_OBJECT(page), COMPLETE);
 }
 
 // WebKit takes a load of the document's own URL with a fragment for a jump within it, so a
@@ -81,7 +135,6 @@ void PageView::load(const std::string& url)
 void PageView::showBytes(GBytes* bytes, const std::string& type, const std::string& url)
 {
     const std::string target = withoutFragment(uri()) == withoutFragment(url) ? withoutFragment(url) : url;
-    loaded = true;
     webkit_web_view_load_bytes(view, bytes, type.c_str(), nullptr, target.c_str());
 }
 

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+#include "PageLoad.h"
 #include "tesmo_hbbtv/browser_core.h"
 
 // The web view of one browser window, set up as a TV's: transparent where the page paints
@@ -19,12 +20,13 @@ class PageView {
 public:
     // A view for no window yet starts its web process at once, so that the first window the
     // platform grants finds one ready.
+    // A load that receives nothing for quietLimit has failed.
     PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window,
-             bool webSockets = true);
+             PageLoad::Clock::duration quietLimit, bool webSockets = true);
     void assign(DAXO_TesmoWindow* window) { browserWindow = window; }
-    // The blank page that started the process (it may finish after the core's first load
-    // began): nothing to report.
-    bool isWarmingUp() const { return !loaded || uri() == "about:blank"; }
+    // The blank page that starts the process of a view made for no window is no load of the
+    // core's (it may finish after the core's first load was asked for).
+    bool isWarmingUp() const { return warmingUp; }
     ~PageView();
     PageView(const PageView&) = delete;
     PageView& operator=(const PageView&) = delete;
@@ -38,6 +40,8 @@ public:
     // WebKit's own user agent with the extension after it (none when empty).
     void setUserAgentExtension(const std::string& extension);
     void load(const std::string& url);
+    // Stops what is loading (the core has given up on it).
+    void stopLoading();
     // A page's bytes under a type the engine shows, with the page's own URL.
     void showBytes(GBytes* bytes, const std::string& type, const std::string& url);
     // A key as the engine's own input, through GTK's dispatch to the focused view.
@@ -48,17 +52,24 @@ public:
     // A TV has no user to make a gesture: media plays when the page says so.
     static WebKitWebsitePolicies* tvPolicies();
 
-    // The state of the load under way, as the core reports it.
-    bool failed = false;  // reported as failed; its end says nothing more
-    bool silent = false;  // became a download: an XML AIT, or a page handed over
-    unsigned handedOverStatus = 0;  // the HTTP status of a page whose bytes are being shown
+    // The loads of this view: what became of each. Every byte that arrives counts as progress.
+    PageLoad& loads() { return pageLoad; }
+    // The main document: its HTTP status (0 where there is none), whether it has come whole.
+    unsigned documentStatus() const;
+    bool isDocumentComplete() const;
     // The applications the document was given (its own, those it created): the only ones it may name.
     std::set<uintptr_t> applications;
 
 private:
+    static void warmUpChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
+    static void resourceStarted(WebKitWebView* webView, WebKitWebResource* resource, WebKitURIRequest*, gpointer self);
+    static void progressed(WebKitWebView* webView, GParamSpec*, gpointer self);
+    static void resourceFinished(WebKitWebResource* resource, gpointer webView);
+
     DAXO_TesmoWindow* browserWindow;
-    bool loaded = false;  // the core has loaded something into the view
     WebKitWebView* view;  // owned through the screen's container once added
+    PageLoad pageLoad;
+    bool warmingUp;
 };
 
 #endif

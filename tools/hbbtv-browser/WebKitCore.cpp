@@ -8,8 +8,6 @@
 
 namespace {
 
-const int32_t CONNECTION_FAILED = 3;
-
 // Calls a page makes to ask, which the timeline does not tell.
 bool isQuestion(const std::string& name)
 {
@@ -44,6 +42,14 @@ GVariant* pageScripts(const std::string& directory)
     return g_variant_builder_end(&builder);
 }
 
+// A response whose Content-Length is 0: a document with nothing in it.
+bool saysEmpty(WebKitURIResponse* response)
+{
+    SoupMessageHeaders* headers = webkit_uri_response_get_http_headers(response);
+    return headers && soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH &&
+           soup_message_headers_get_content_length(headers) == 0;
+}
+
 // WebKit's web-process sandbox is bubblewrap; where the system lets it run (user namespaces),
 // pages get it.
 bool sandboxRuns()
@@ -59,8 +65,9 @@ bool sandboxRuns()
 } // namespace
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures, const std::string& extensionDirectory,
-                       const std::string& scriptDirectory, unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns)
-    : screen(tvScreen), pictures(broadcastPictures), filter(refusedPatterns), videoBroadcast(tvScreen, broadcastPictures),
+                       const std::string& scriptDirectory, const Options& options)
+    : screen(tvScreen), pictures(broadcastPictures), filter(options.refusedRequests),
+      loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs)), videoBroadcast(tvScreen, broadcastPictures),
       avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); })
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
@@ -77,7 +84,7 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
     objects.add(videoBroadcast.methods());
     objects.add(avControl.methods());
     WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
-    webkit_memory_pressure_settings_set_memory_limit(memory, pageMemoryMb);
+    webkit_memory_pressure_settings_set_memory_limit(memory, options.pageMemoryMb);
     // Past the limit the process is killed, as a TV must rather than swap; checked each second.
     webkit_memory_pressure_settings_set_kill_threshold(memory, 1.0);
     webkit_memory_pressure_settings_set_poll_interval(memory, 1.0);
@@ -104,7 +111,12 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
     handlers.page = [this](WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri,
                            unsigned status) { pageReceived(webView, bytes, type, uri, status); };
     handlers.failed = [this](WebKitWebView* webView, const std::string& uri, const std::string& error) {
-        pageFailed(webView, uri, error);
+        if (PageView* view = viewOf(webView))
+            settle(*view, uri, view->loads().downloadFailed(error));
+    };
+    handlers.progress = [this](WebKitWebView* webView) {
+        if (PageView* view = viewOf(webView))
+            view->loads().progressed(PageLoad::Clock::now());
     };
     downloads = std::make_unique<PageDownloads>(context, std::move(handlers));
     spare = newView(nullptr);
@@ -137,7 +149,7 @@ PageView* WebKitCore::viewOf(WebKitWebView* webView)
 // A view with WebKit's reports wired; they count once it is a window's.
 std::unique_ptr<PageView> WebKitCore::newView(DAXO_TesmoWindow* window)
 {
-    auto view = std::make_unique<PageView>(context, filter.contentManager(), window, !filter.refusesEveryWebSocket());
+    auto view = std::make_unique<PageView>(context, filter.contentManager(), window, loadTimeout, !filter.refusesEveryWebSocket());
     WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
@@ -195,15 +207,9 @@ void WebKitCore::load(DAXO_TesmoWindow* window, const std::string& url)
     auto found = views.find(window);
     if (found == views.end())
         return;
-    if (rules->shouldFail(url)) {
-        out->say("load failed: " + url + " in " + windowName(window) + " (as told)");
-        lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
-        return;
-    }
-    const int status = rules->statusFor(url);
-    if (status != 200) {
-        out->say("HTTP " + std::to_string(status) + ": " + url + " in " + windowName(window) + " (as told)");
-        lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status)});
+    if (std::optional<LoadOutcome> ruled = ruledOutcome(url)) {
+        sayLoad(window, url, *ruled);
+        lateReports.push_back({window, DAXO_TESMO_EVT_LOADING_FINISHED, *ruled});
         return;
     }
     found->second->load(url);
@@ -213,17 +219,18 @@ void WebKitCore::load(DAXO_TesmoWindow* window, const std::string& url)
 // from inside WebKit's own signal.
 void WebKitCore::afterTick()
 {
+    checkLoads();
     std::vector<LateReport> due;
     due.swap(lateReports);
     for (const LateReport& report : due) {
         if (!knows(report.window))
             continue;
         out->noteActivity();
-        if (report.id == DAXO_TESMO_EVT_WINDOW_CLOSE || report.id == DAXO_TESMO_EVT_LOADING_STARTED) {
+        if (report.id == DAXO_TESMO_EVT_LOADING_FINISHED) {
+            reportLoad(report.window, report.load);
+        } else {
             int result = 0;
             tesmo_hbbtv_handle_notification(nullptr, report.window, report.id, nullptr, &result);
-        } else {
-            reportLoad(report.window, report.id, report.outcome, report.status);
         }
     }
     dvb->afterTick();
@@ -237,54 +244,68 @@ bool WebKitCore::busy() const
     return dvb->busy() || downloads->busy() || !lateReports.empty();
 }
 
+// Every load the core reports has one outcome, told once, at the next tick.
+void WebKitCore::settle(PageView& view, const std::string& url, const std::optional<LoadOutcome>& outcome)
+{
+    if (!outcome)
+        return;
+    sayLoad(view.window(), url, *outcome);
+    lateReports.push_back({view.window(), DAXO_TESMO_EVT_LOADING_FINISHED, *outcome});
+}
+
+// The bound on a load: one that received nothing for the quiet limit is given up, as a
+// connection failure (a page whose document came whole and only a subresource hangs is there).
+void WebKitCore::checkLoads()
+{
+    const PageLoad::Clock::time_point now = PageLoad::Clock::now();
+    for (auto& entry : views) {
+        PageView& view = *entry.second;
+        if (!view.loads().isAwaiting())
+            continue;
+        const unsigned complete = view.isDocumentComplete() ? std::max(view.documentStatus(), 200u) : 0;
+        std::optional<LoadOutcome> outcome = view.loads().check(now, complete);
+        if (outcome && outcome->end != LoadOutcome::LOADED) {
+            downloads->cancel(view.webView());
+            view.stopLoading();
+        }
+        settle(view, view.loads().url(), outcome);
+    }
+}
+
 void WebKitCore::loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
     PageView* view = self->viewOf(webView);
-    if (!view || view->isWarmingUp())
+    if (!view || view->isWarmingUp() || !view->loads().isActive())
         return;
+    PageLoad& load = view->loads();
+    load.isAt(view->uri());
     if (event == WEBKIT_LOAD_STARTED) {
         // Before the new document can ask for anything: the commit would come too late.
         view->applications.clear();
-        view->failed = false;
-        view->silent = false;
-        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, 0, 0});
+        load.started(PageLoad::Clock::now());
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_STARTED, {}});
         return;
     }
-    if (event != WEBKIT_LOAD_FINISHED || view->failed || view->silent)
-        return;
-    WebKitWebResource* page = webkit_web_view_get_main_resource(webView);
-    WebKitURIResponse* response = page ? webkit_web_resource_get_response(page) : nullptr;
-    unsigned status = response ? webkit_uri_response_get_status_code(response) : 0;
-    if (view->handedOverStatus) {
-        status = view->handedOverStatus;
-        view->handedOverStatus = 0;
-    }
-    const std::string url = webkit_web_view_get_uri(webView) ? webkit_web_view_get_uri(webView) : "";
-    const int16_t reported = int16_t(status ? status : 200);
-    self->out->say((reported == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(reported) + ": ") + url +
-                   " in " + self->windowName(view->window()));
-    self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, 0, reported});
+    load.progressed(PageLoad::Clock::now());
+    if (event == WEBKIT_LOAD_FINISHED)
+        self->settle(*view, load.url(), load.finished(view->uri(), view->documentStatus()));
 }
 
+// A server that cannot be reached (no name, refused, reset, a certificate, a redirect loop)
+// is a connection failure; anything else, a failed load. No error page on a TV.
 gboolean WebKitCore::loadFailed(WebKitWebView* webView, WebKitLoadEvent, const char* uri, GError* error, gpointer data)
 {
     auto* self = static_cast<WebKitCore*>(data);
     PageView* view = self->viewOf(webView);
-    if (!view || view->isWarmingUp() || g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
+    if (!view || view->isWarmingUp() || !view->loads().isActive())
         return FALSE;
-    if (view->silent && g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE))
-        return TRUE;
-    view->failed = true;
-    self->out->say(std::string("load failed: ") + (uri ? uri : "") + " in " + self->windowName(view->window()) + " (" +
-                   error->message + ")");
-    // A server that cannot be reached is a connection failure; anything else, a failed load.
-    const bool unreachable = error->domain != WEBKIT_POLICY_ERROR && error->domain != WEBKIT_PLUGIN_ERROR;
-    if (unreachable)
-        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
-    else
-        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FAILED, 0, 0});
-    return TRUE;  // no error page on a TV
+    if (g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
+        return TRUE;  // the core or a new navigation stopped it: that one reports
+    const bool connection = error->domain != WEBKIT_POLICY_ERROR && error->domain != WEBKIT_PLUGIN_ERROR;
+    view->loads().isAt(uri ? uri : "");
+    self->settle(*view, view->loads().url(), view->loads().failed(connection, error->message));
+    return TRUE;
 }
 
 void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
@@ -292,7 +313,7 @@ void WebKitCore::closeRequested(WebKitWebView* webView, gpointer data)
     auto* self = static_cast<WebKitCore*>(data);
     if (PageView* view = self->viewOf(webView)) {
         self->out->say("the page in " + self->windowName(view->window()) + " closes its window");
-        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
+        self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, {}});
     }
 }
 
@@ -307,7 +328,7 @@ void WebKitCore::processEnded(WebKitWebView* webView, WebKitWebProcessTerminatio
         return;
     self->out->say("the page in " + self->windowName(view->window()) + " has died (" +
                    (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? "over its memory limit" : "its web process crashed") + ")");
-    self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, 0, 0});
+    self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, {}});
 }
 
 // A page names the connection it lives on through its own view, which WebKit alone can
@@ -341,9 +362,12 @@ gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* 
         return FALSE;
     auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
     PageView* view = static_cast<WebKitCore*>(self)->viewOf(webView);
+    if (view && webkit_response_policy_decision_is_main_frame_main_resource(response))
+        view->loads().responded(webkit_uri_response_get_status_code(webkit_response_policy_decision_get_response(response)),
+                                saysEmpty(webkit_response_policy_decision_get_response(response)));
     if (PageDownloads::take(response)) {
         if (view)
-            view->silent = true;  // the download says what became of it
+            view->loads().handedOver(PageLoad::Clock::now());  // the download says what became of it
     } else if (!webkit_response_policy_decision_is_mime_type_supported(response)) {
         webkit_policy_decision_ignore(decision);  // a TV saves no files
     } else {
@@ -359,6 +383,7 @@ void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
     PageView* view = viewOf(webView);
     if (!view)
         return;
+    view->loads().settled();
     auto ait = std::make_unique<XmlAit>();
     std::string error;
     int result = 0;
@@ -381,17 +406,11 @@ void WebKitCore::pageReceived(WebKitWebView* webView, GBytes* bytes, const std::
     PageView* view = viewOf(webView);
     if (!view)
         return;
-    view->handedOverStatus = status ? status : 200;
+    view->loads().isAt(uri);
+    const std::optional<LoadOutcome> empty = view->loads().downloaded(g_bytes_get_size(bytes), status);
+    if (empty)
+        return settle(*view, uri, empty);
     view->showBytes(bytes, type, uri);
-}
-
-void WebKitCore::pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error)
-{
-    PageView* view = viewOf(webView);
-    if (!view)
-        return;
-    out->say("load failed: " + uri + " in " + windowName(view->window()) + " (" + error + ")");
-    lateReports.push_back({view->window(), DAXO_TESMO_EVT_LOADING_FINISHED, CONNECTION_FAILED, 0});
 }
 
 // ---------------------------------------------------------------- dvb: streams

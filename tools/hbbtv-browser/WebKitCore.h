@@ -7,10 +7,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "BrowserCore.h"
+#include "Options.h"
 #include "DvbScheme.h"
 #include "PageDownloads.h"
 #include "PageObjects.h"
@@ -32,12 +34,12 @@
 // through the script channel.
 class WebKitCore : public BrowserCore {
 public:
-    // The extension's directory, and the directory of the page objects' scripts.
-    // Each page's web process is stopped above pageMemoryMb.
-    // The platform refuses pages' requests for URLs that match refusedPatterns.
-    // The broadcast's audio and video come from pictures.
+    // The extension's directory, and the directory of the page objects' scripts. From the
+    // options: each page's web process is stopped above its memory limit, a load that receives
+    // nothing for the load timeout has failed, and the platform refuses pages' requests for
+    // URLs that match the refused patterns. The broadcast's audio and video come from pictures.
     WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory,
-               const std::string& scriptDirectory, unsigned pageMemoryMb, const std::vector<std::string>& refusedPatterns);
+               const std::string& scriptDirectory, const Options& options);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -61,9 +63,8 @@ public:
 private:
     struct LateReport {
         DAXO_TesmoWindow* window;
-        int id;
-        int32_t outcome;
-        int16_t status;
+        int id;            // a notification, or LOADING_FINISHED for a load's outcome
+        LoadOutcome load;
     };
 
     void windowCreated(DAXO_TesmoWindow* window) override;
@@ -95,12 +96,15 @@ private:
     // What the downloads bring
     void xmlAitReceived(WebKitWebView* webView, const std::string& file);
     void pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri, unsigned status);
-    void pageFailed(WebKitWebView* webView, const std::string& uri, const std::string& error);
+
+    void settle(PageView& view, const std::string& url, const std::optional<LoadOutcome>& outcome);
+    void checkLoads();
 
     TvScreen& screen;
     const BroadcastPicture& pictures;
     WebKitWebContext* context;
     RequestFilter filter;
+    std::chrono::milliseconds loadTimeout;
     std::unique_ptr<ScriptChannel> channel;
     PageObjects objects;
     PageMethods coreMethods;

@@ -71,8 +71,7 @@ int main(int argc, char** argv)
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
         BroadcastPicture pictures(broadcast.capture(), broadcast.allServices());
-        WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options.pageMemoryMb,
-                        options.refusedRequests);
+        WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options);
         theCore = &core;
         if (!core.isSandboxed())
             timeline.say("pages run without WebKit's sandbox: bubblewrap cannot run here");

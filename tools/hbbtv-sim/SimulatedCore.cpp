@@ -28,14 +28,9 @@ void SimulatedCore::loadPage(const Load& load)
     out->noteActivity();
     if (load.url.compare(0, 4, "dvb:") == 0)
         return loadFromCarousel(load);
-    if (rules->shouldFail(load.url)) {
-        out->say("load failed: " + load.url + " in " + windowName(load.window));
-        return reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
-    }
-    const int status = rules->statusFor(load.url);
-    out->say((status == 200 ? std::string("loaded: ") : "HTTP " + std::to_string(status) + ": ") + load.url + " in " +
-             windowName(load.window));
-    reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, int16_t(status));
+    const LoadOutcome outcome = ruledOutcome(load.url).value_or(LoadOutcome{LoadOutcome::LOADED, 200, ""});
+    sayLoad(load.window, load.url, outcome);
+    reportLoad(load.window, outcome);
 }
 
 // The core asks the library for the resource as a protocol stream, then reports the page
@@ -51,14 +46,14 @@ void SimulatedCore::loadFromCarousel(const Load& load)
     const StreamState state = streams[stream];
     if (!handled || state == StreamState::OPEN) {
         out->say("load failed: " + load.url + " (no carousel stream)");
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FAILED, 0, 0);
+        reportLoad(load.window, {LoadOutcome::FAILED, 0, ""});
     } else if (state == StreamState::FINISHED) {
         out->say("loaded from the carousel: " + load.url + " (" + std::to_string(streamBytes[stream]) + " bytes) in " +
                  windowName(load.window));
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 200);
+        reportLoad(load.window, {LoadOutcome::LOADED, 200, ""});
     } else {
         out->say("carousel 404: " + load.url);
-        reportLoad(load.window, DAXO_TESMO_EVT_LOADING_FINISHED, 0, 404);
+        reportLoad(load.window, {LoadOutcome::LOADED, 404, ""});
     }
     tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_STOP, &record, &result);
     streams.erase(stream);

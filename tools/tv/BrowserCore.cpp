@@ -4,6 +4,13 @@
 
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
+namespace {
+
+const int32_t OUTCOME_CONNECTION_FAILED = 3;  // the load record's outcome code the library reads as unreachable
+const unsigned HTTP_NOT_FOUND = 404;
+
+} // namespace
+
 void BrowserCore::attach(Timeline& timeline, LoadRules& loadRules)
 {
     out = &timeline;
@@ -44,14 +51,36 @@ long BrowserCore::handleOf(const DAXO_TesmoWindow* window) const
     return found == windows.end() ? 0 : found->second.number;
 }
 
-void BrowserCore::reportLoad(DAXO_TesmoWindow* window, int id, int32_t outcome, int16_t status)
+std::optional<LoadOutcome> BrowserCore::ruledOutcome(const std::string& url) const
 {
+    if (rules->shouldFail(url))
+        return LoadOutcome{LoadOutcome::FAILED, 0, "as told"};
+    const int status = rules->statusFor(url);
+    if (status != 200)
+        return LoadOutcome{LoadOutcome::LOADED, unsigned(status), ""};
+    return std::nullopt;
+}
+
+void BrowserCore::sayLoad(DAXO_TesmoWindow* window, const std::string& url, const LoadOutcome& outcome)
+{
+    const std::string where = url + " in " + windowName(window);
+    if (outcome.end != LoadOutcome::LOADED)
+        out->say("load failed: " + where + (outcome.reason.empty() ? "" : " (" + outcome.reason + ")"));
+    else if (outcome.status >= 400 || outcome.status < 200)
+        out->say("HTTP " + std::to_string(outcome.status) + ": " + where);
+    else
+        out->say("loaded: " + where);
+}
+
+void BrowserCore::reportLoad(DAXO_TesmoWindow* window, const LoadOutcome& outcome)
+{
+    const bool errorPage = outcome.end == LoadOutcome::LOADED && outcome.status >= 400 && outcome.status != HTTP_NOT_FOUND;
     DAXO_LoadRecord record{};
-    record.outcome = outcome;
-    record.http_status = status;
+    record.outcome = outcome.end == LoadOutcome::CONNECTION_FAILED ? OUTCOME_CONNECTION_FAILED : 0;
+    record.http_status = outcome.end == LoadOutcome::LOADED ? int16_t(outcome.status) : 0;
+    const int id = outcome.end == LoadOutcome::FAILED || errorPage ? DAXO_TESMO_EVT_LOADING_FAILED : DAXO_TESMO_EVT_LOADING_FINISHED;
     int result = 0;
-    tesmo_hbbtv_handle_notification(nullptr, window, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr,
-                                    &result);
+    tesmo_hbbtv_handle_notification(nullptr, window, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr, &result);
 }
 
 // ---------------------------------------------------------------- the library's calls

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
+#include "LoadOutcome.h"
 #include "LoadRules.h"
 #include "Timeline.h"
 #include "tesmo_hbbtv/browser_core.h"
@@ -63,8 +65,15 @@ protected:
     virtual void keyEvent(int, DAXO_KEY_SYM) {}
 
     bool knows(const DAXO_TesmoWindow* window) const { return windows.count(const_cast<DAXO_TesmoWindow*>(window)) != 0; }
-    // A load outcome as the core reports it: finished with an HTTP status, or failed.
-    void reportLoad(DAXO_TesmoWindow* window, int id, int32_t outcome, int16_t status);
+    // The outcome the --fail and --status rules give url, if any.
+    std::optional<LoadOutcome> ruledOutcome(const std::string& url) const;
+    // The timeline's line for a load's outcome.
+    void sayLoad(DAXO_TesmoWindow* window, const std::string& url, const LoadOutcome& outcome);
+    // A load's outcome as the core reports it to the library: a page that loaded finishes with
+    // its HTTP status (404 is the library's own failure); an error page (any other 4xx or 5xx)
+    // is not the application, so it fails, as does a page that did not load; a server that
+    // could not be reached finishes as a connection failure.
+    void reportLoad(DAXO_TesmoWindow* window, const LoadOutcome& outcome);
 
     Timeline* out = nullptr;
     LoadRules* rules = nullptr;

@@ -35,6 +35,8 @@ std::string usage(const Options& options)
                "  --exit-after TICK       quit after that tick (default: when the window closes)\n"
                "  --tick-ms N             milliseconds between ticks (default 20)\n"
                "  --page-memory MB        a page's web process is stopped above this (default 400)\n"
+               "  --load-timeout SECONDS  a page load or media source that receives nothing this\n"
+               "                          long has failed: the server is not reachable (default 10)\n"
                "\n"
                "and, as hbbtv-sim takes them:\n" + commonUsage();
     return "usage: hbbtv-sim [options] [CAPTURE.ts]\n"
@@ -171,6 +173,12 @@ bool OptionReader::browserOption(const std::string& arg)
         options.pageMemoryMb = unsigned(n);
         return true;
     }
+    if (arg == "--load-timeout") {
+        if (!number(arg, 600, n, "seconds from 1 to 600") || n == 0)
+            return refuse(arg + " takes seconds from 1 to 600");
+        options.loadTimeoutMs = unsigned(n * 1000);
+        return true;
+    }
     if (!number(arg, 10000, n, "milliseconds from 1 to 10000") || n == 0)
         return refuse(arg + " takes milliseconds from 1 to 10000");
     options.tickMs = n;
@@ -180,7 +188,7 @@ bool OptionReader::browserOption(const std::string& arg)
 bool OptionReader::option(const std::string& arg, bool& wantHelp)
 {
     static const char* const browserOptions[] = {"--start-url", "--screenshot", "--eval", "--exit-after", "--tick-ms",
-                                                 "--page-memory"};
+                                                 "--page-memory", "--load-timeout"};
     for (const char* name : browserOptions)
         if (arg == name)
             return options.isBrowser() ? browserOption(arg) : refuse(arg + " is an option of hbbtv-browser");

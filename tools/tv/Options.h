@@ -53,6 +53,7 @@ struct Options {
     uint64_t exitAfter = 0;             // 0: runs until its window is closed
     uint64_t tickMs = 20;
     unsigned pageMemoryMb = 400;
+    unsigned loadTimeoutMs = 10000;  // a load or a media source that receives nothing this long has failed
     unsigned carouselMemoryMb = 32;  // a TV's browser has some hundreds of megabytes for its pages
 
     bool isBrowser() const { return product == "hbbtv-browser"; }
