@@ -1,11 +1,19 @@
 // hbbtv-browser with WebKit, as an integrator runs it: on a display (the test command runs
-// under xvfb-run), on captures made from the sample's description, with a broadband server
-// on 127.0.0.1 that this test runs.
+// under xvfb-run), on captures made from the sample's description, with broadband servers
+// on 127.0.0.1 that this test runs, one of them failing as real servers do. The tests run in
+// a network of their own, where only loopback exists: nothing they do reaches another
+// address, and a name does not resolve, as on a TV without a network.
 
 #include <cairo.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
+#include <net/if.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -152,8 +160,13 @@ protected:
     // The sample's broadcast with its broadband transports moved to the local server's paths.
     std::string capture(const std::string& appPath, const std::string& location = "index.html")
     {
+        return captureAt(server.base() + appPath, location);
+    }
+    // The same, with the first application's broadband transport at appBase.
+    std::string captureAt(const std::string& appBase, const std::string& location = "index.html")
+    {
         std::string desc = readFile(SAMPLE_DIR "/sample.desc");
-        desc = std::regex_replace(desc, std::regex("http://sample.example/app/"), server.base() + appPath);
+        desc = std::regex_replace(desc, std::regex("http://sample.example/app/"), appBase);
         desc = std::regex_replace(desc, std::regex("location index.html\n    boundary"), "location " + location + "\n    boundary");
         desc = std::regex_replace(desc, std::regex("http://sample.example/"), server.base());
         std::ofstream(dir + "/sample.desc") << desc;
@@ -176,6 +189,82 @@ protected:
 
     std::string dir;  // the test's own files, served under /media/
     LocalServer server;
+};
+
+// The browser tests' own network: a user and network namespace whose only interface is
+// loopback, entered before any thread starts. False where the system allows none.
+bool isolated = false;
+
+bool writeTo(const char* path, const std::string& text)
+{
+    const int fd = open(path, O_WRONLY);
+    const bool written = fd >= 0 && write(fd, text.data(), text.size()) == ssize_t(text.size());
+    if (fd >= 0)
+        close(fd);
+    return written;
+}
+
+bool isolateNetwork()
+{
+    const uid_t uid = getuid();
+    const gid_t gid = getgid();
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0)
+        return false;
+    writeTo("/proc/self/setgroups", "deny");
+    if (!writeTo("/proc/self/uid_map", std::to_string(uid) + " " + std::to_string(uid) + " 1") ||
+        !writeTo("/proc/self/gid_map", std::to_string(gid) + " " + std::to_string(gid) + " 1"))
+        return false;
+    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
+    struct ifreq loopback = {};
+    strcpy(loopback.ifr_name, "lo");
+    const bool up = fd >= 0 && ioctl(fd, SIOCGIFFLAGS, &loopback) == 0 && (loopback.ifr_flags |= IFF_UP) &&
+                    ioctl(fd, SIOCSIFFLAGS, &loopback) == 0;
+    if (fd >= 0)
+        close(fd);
+    return up;
+}
+
+// A broadband server that fails as real ones do (fault_server.py): its paths, its TLS port
+// with a self-signed certificate, and a port where connections are refused. It serves the
+// test's directory and ends when the test does.
+class FaultServer {
+public:
+    explicit FaultServer(const std::string& root)
+    {
+        const char* argv[] = {"python3", PAGES_DIR "/fault_server.py", root.c_str(), PAGES_DIR "/fault-cert.pem",
+                              PAGES_DIR "/fault-key.pem", nullptr};
+        int out = -1;
+        if (!g_spawn_async_with_pipes(nullptr, const_cast<char**>(argv), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr,
+                                      &pid, &in, &out, nullptr, nullptr))
+            return;
+        FILE* ports = fdopen(out, "r");
+        char line[256] = "";
+        if (!fgets(line, sizeof line, ports))
+            line[0] = 0;
+        fclose(ports);
+        std::smatch found;
+        const std::string text = line;
+        for (auto* port : {&http, &https, &refused})
+            if (std::regex_search(text, found, std::regex("\"" + std::string(port == &http ? "http" : port == &https ? "https" : "refused") +
+                                                          "\": ([0-9]+)")))
+                *port = found[1];
+    }
+    ~FaultServer()
+    {
+        if (in >= 0)
+            close(in);
+        if (pid > 0)
+            waitpid(pid, nullptr, 0);
+    }
+    bool isRunning() const { return !http.empty(); }
+    std::string url(const std::string& path) const { return "http://127.0.0.1:" + http + "/" + path; }
+    std::string secureUrl(const std::string& path) const { return "https://127.0.0.1:" + https + "/" + path; }
+    std::string refusedUrl(const std::string& path) const { return "http://127.0.0.1:" + refused + "/" + path; }
+
+private:
+    GPid pid = 0;
+    int in = -1;
+    std::string http, https, refused;
 };
 
 // A PNG's pixels as 0xRRGGBB; white where the file did not load.
@@ -598,4 +687,101 @@ TEST_F(BrowserTest, APageThatThrowsAndLoopsDoesNotStopTheTicks)
     EXPECT_NE(out.find("tick   120  memory (proportional set size)"), std::string::npos) << out;
 }
 
+// Each fault a broadband server can have, as the first transport of the sample's AUTOSTART
+// application: the load ends in its outcome once, within the load timeout, and the
+// application fails over to the carousel, whose page loads.
+TEST_F(BrowserTest, EveryBroadbandFaultFailsOverToTheCarousel)
+{
+    FaultServer faults(dir);
+    ASSERT_TRUE(faults.isRunning()) << "python3 " PAGES_DIR "/fault_server.py";
+    const std::string failed = "load failed: ";
+    const struct {
+        const char* fault;
+        std::string base;   // the application's broadband transport
+        std::string first;  // the timeline's line: what comes before the page's URL
+        std::string last;   // and after its window
+    } cases[] = {
+        {"name that does not resolve", "http://unresolvable.example/app/", failed, " (Error resolving"},
+        {"refused connection", faults.refusedUrl("app/"), failed, " (Could not connect to 127.0.0.1: Connection refused)"},
+        {"server that never answers", faults.url("silent/"), failed, " (nothing received for 1 s)"},
+        {"answer that stops midway", faults.url("stall/carousel/"), failed, " (nothing received for 1 s)"},
+        {"connection reset mid-response", faults.url("reset/carousel/"), failed, " (Connection terminated unexpectedly)"},
+        {"self-signed certificate", faults.secureUrl("files/carousel/"), failed, " (Unacceptable TLS certificate)"},
+        {"HTTP 404", faults.url("status/404/"), "HTTP 404: ", ""},
+        {"HTTP 500", faults.url("status/500/"), "HTTP 500: ", ""},
+        {"HTTP 503", faults.url("status/503/"), "HTTP 503: ", ""},
+        {"redirect loop", faults.url("loop/"), failed, " (Load cannot follow more than 20 redirections)"},
+        {"empty 200", faults.url("empty/"), failed, " (an empty page)"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fault);
+        if (!isolated && c.base.find(".example") != std::string::npos) {
+            std::cout << "[  SKIPPED ] " << c.fault << ": no network namespace of our own to resolve names in\n";
+            continue;
+        }
+        const std::string page = c.base + "index.html";
+        const std::string out = browse(captureAt(c.base) + " --load-timeout 1 --exit-after 100");
+        const std::string line = c.first + page + " in browser window #1" + c.last;
+        const size_t at = out.find(line);
+        EXPECT_NE(at, std::string::npos) << out;
+        EXPECT_EQ(out.find(page + " in browser window", at + line.size()), std::string::npos) << "reported once: " << out;
+        EXPECT_EQ(out.find("loaded: " + page), std::string::npos) << out;
+        EXPECT_NE(out.find("start requested: 0x10.0x1 dvb://1.1.1.5/index.html (AUTOSTART)"), std::string::npos) << out;
+        EXPECT_NE(out.find("stopped: 0x10.0x1 " + page), std::string::npos) << out;
+        EXPECT_NE(out.find("loaded: dvb://1.1.1.5/index.html in browser window #2"), std::string::npos) << out;
+    }
+}
+
+// Media sources that fail, in the A/V control object of a page from the same server: each
+// ends in the error state with HbbTV's code within the bound, never connecting for ever.
+TEST_F(BrowserTest, EveryMediaFaultEndsInTheErrorState)
+{
+    ASSERT_TRUE(makeMedia(dir + "/clip.mp4", "ball", false)) << "gst-launch-1.0 with x264enc and avenc_aac";
+    symlink(PAGES_DIR, (dir + "/probe").c_str());
+    FaultServer faults(dir);
+    ASSERT_TRUE(faults.isRunning()) << "python3 " PAGES_DIR "/fault_server.py";
+    const struct {
+        const char* fault;
+        std::string url;
+        int error;  // 0 format not supported, 1 cannot connect, 5 not available
+    } cases[] = {
+        {"refused connection", faults.refusedUrl("clip.mp4"), 1},
+        {"server that never answers", faults.url("silent/clip.mp4"), 1},
+        {"bytes that are no media", faults.url("garbage/clip.mp4"), 0},
+        {"not on the server", faults.url("files/missing.mp4"), 5},
+        {"server that stalls mid-stream", faults.url("stall/clip.mp4"), 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fault);
+        const std::string out = browse("--start-url '" + faults.url("files/probe/player.html?") + c.url +
+                                       "' --load-timeout 1 --exit-after 400 --eval 'report()'@390");
+        EXPECT_EQ(reported(out, 0, "state"), 6) << out;
+        EXPECT_EQ(reported(out, 0, "error"), c.error) << out;
+    }
+}
+
+// The bundled sample as a newcomer runs it, with no rule for its loads: sample.example does
+// not resolve, so the application comes from the carousel and draws its banner.
+TEST_F(BrowserTest, TheSampleWithoutANetworkShowsTheCarouselBanner)
+{
+    if (!isolated)
+        GTEST_SKIP() << "no network namespace of our own to resolve names in";
+    const std::string shot = dir + "/sample.png";
+    const std::string out = browse("--exit-after 100 --screenshot " + shot + "@60");
+    EXPECT_NE(out.find("load failed: http://sample.example/app/index.html in browser window #1 (Error resolving"),
+              std::string::npos) << out;
+    EXPECT_NE(out.find("loaded: dvb://1.1.1.5/index.html in browser window #2"), std::string::npos) << out;
+    EXPECT_TRUE(isRed(pixel(shot, 742, 644))) << std::hex << pixel(shot, 742, 644);  // the banner's red edge
+    EXPECT_FALSE(isRed(pixel(shot, 742, 400))) << "above the banner: the broadcast shows through";
+}
+
 } // namespace
+
+int main(int argc, char** argv)
+{
+    isolated = isolateNetwork();
+    if (!isolated)
+        std::cout << "the browser tests run in the machine's own network: tests that need a name not to resolve are skipped\n";
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

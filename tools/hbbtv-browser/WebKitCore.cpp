@@ -16,7 +16,7 @@ bool isQuestion(const std::string& name)
                                                     "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
                                                     "Requests.vet", "Page.painted", "Page.debug",
                                                     "Terminal.configuration", "Terminal.capabilities",
-                                                    "AvControl.changed"};
+                                                    "AvControl.changed", "AvControl.quietLimit"};
     return questions.count(name) != 0;
 }
 
@@ -68,7 +68,8 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
                        const std::string& scriptDirectory, const Options& options)
     : screen(tvScreen), pictures(broadcastPictures), filter(options.refusedRequests),
       loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs)), videoBroadcast(tvScreen, broadcastPictures),
-      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); })
+      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); },
+                options.loadTimeoutMs)
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);

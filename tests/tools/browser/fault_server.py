@@ -8,16 +8,15 @@ self-signed certificate; a third port is bound but never listens, so connecting 
 refused. Prints {"http": port, "https": port, "refused": port} on one line, then serves
 until its standard input closes (or ten minutes pass), so it never outlives the test.
 
-  /status/CODE        that status with a short page
-  /loop               a redirect to itself
-  /empty              200 with no body
-  /silent             reads the request, answers nothing
+  /status/CODE/...    that status with a short page
+  /loop/...           a redirect to itself
+  /empty/...          200 with no body
+  /silent/...         reads the request, answers nothing
   /stall/FILE         the headers and the first half of FILE, then nothing
   /reset/FILE         the headers and the first half of FILE, then a reset connection
   /garbage/FILE       200 with FILE's type and bytes that are no media at all
-  /FILE               FILE from ROOT
-A ?type=TYPE query overrides the content type. Every path asked for is written to standard
-error, one a line.
+  /files/FILE         FILE from ROOT
+A ?type=TYPE query overrides the content type.
 """
 import http.server
 import json
@@ -51,12 +50,11 @@ class Faults(http.server.BaseHTTPRequestHandler):
 
     def answer(self, head):
         path, _, query = self.path.partition('?')
-        sys.stderr.write(self.path + '\n')
-        sys.stderr.flush()
         kind, _, rest = path.lstrip('/').partition('/')
         content_type = dict(p.split('=', 1) for p in query.split('&') if '=' in p).get('type')
         if kind == 'status':
-            return self.send(int(rest), b'<html><body>status ' + rest.encode() + b'</body></html>', 'text/html', head)
+            code = rest.split('/')[0]
+            return self.send(int(code), b'<html><body>status ' + code.encode() + b'</body></html>', 'text/html', head)
         if kind == 'loop':
             self.send_response(302)
             self.send_header('Location', self.path)
@@ -66,8 +64,8 @@ class Faults(http.server.BaseHTTPRequestHandler):
             return self.send(200, b'', content_type or TYPES['.html'], head)
         if kind == 'silent':
             return closing.wait(LIFETIME)
-        file = os.path.join(ROOT, rest if kind in ('stall', 'reset', 'garbage') else path.lstrip('/'))
-        if '..' in path or not os.path.isfile(file):
+        file = os.path.join(ROOT, rest)
+        if kind not in ('stall', 'reset', 'garbage', 'files') or '..' in path or not os.path.isfile(file):
             return self.send(404, b'<html><body>not here</body></html>', 'text/html', head)
         body = open(file, 'rb').read()
         content_type = content_type or TYPES.get(os.path.splitext(file)[1], 'application/octet-stream')

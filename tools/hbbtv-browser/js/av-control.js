@@ -19,7 +19,7 @@
             throw new TypeError('not an A/V control object');
         if (!states.has(object))
             states.set(object, { playState: STOPPED, error: undefined, speed: 0, media: null, dash: null,
-                                 fullScreen: false, windowed: null, queued: null, loads: 0 });
+                                 fullScreen: false, windowed: null, queued: null, loads: 0, watchdog: 0, lastProgress: 0 });
         return states.get(object);
     }
 
@@ -60,6 +60,9 @@
         var audio = String(object.type).toLowerCase().indexOf('audio/') === 0;
         var media = document.createElement(audio ? 'audio' : 'video');
         media.style.cssText = 'display:block;width:100%;height:100%;object-fit:contain;background:transparent';
+        ['progress', 'loadedmetadata', 'loadeddata', 'canplay', 'playing', 'seeked'].forEach(function (name) {
+            media.addEventListener(name, function () { state.lastProgress = Date.now(); });
+        });
         media.addEventListener('playing', function () {
             setPlayState(object, state.speed === 0 ? PAUSED : PLAYING);
         });
@@ -68,6 +71,8 @@
         media.addEventListener('timeupdate', function () {
             var moved = media.currentTime !== last;
             last = media.currentTime;
+            if (moved)
+                state.lastProgress = Date.now();
             if (moved && !media.paused && !media.seeking && state.speed !== 0 &&
                 (state.playState === PAUSED || state.playState === BUFFERING || state.playState === CONNECTING))
                 setPlayState(object, PLAYING);
@@ -87,16 +92,8 @@
             var code = MEDIA_ERRORS[media.error ? media.error.code : 1];
             if (code !== FORMAT_NOT_SUPPORTED || state.dash)
                 return failed(object, code);
-            // The engine says the same of a file that is not there: ask the server which it is,
-            // unless the object has loaded something else meanwhile.
-            var load = state.loads;
-            var fail = function (answer) {
-                if (state.loads === load)
-                    failed(object, answer);
-            };
-            fetch(media.currentSrc || String(object.data), { method: 'HEAD' }).then(function (response) {
-                fail(response.ok ? FORMAT_NOT_SUPPORTED : NOT_AVAILABLE);
-            }, function () { fail(CANNOT_CONNECT); });
+            // The engine says the same of a file that is not there.
+            diagnose(object, state, FORMAT_NOT_SUPPORTED);
         });
         media.addEventListener('seeked', function () {
             tv.fire(object, 'onPlayPositionChanged', 'PlayPositionChanged', [position(state)], { position: position(state) });
@@ -104,6 +101,48 @@
         object.appendChild(media);
         state.media = media;
         return media;
+    }
+
+    // Asks the server what became of the source: there, it is what the engine made of it
+    // (given); not there, not available; no answer within the bound, unreachable. Unless the
+    // object has loaded something else meanwhile.
+    function diagnose(object, state, given) {
+        var load = state.loads;
+        var fail = function (answer) {
+            if (state.loads === load && state.playState !== ERROR && state.playState !== STOPPED)
+                failed(object, answer);
+        };
+        var abort = new AbortController();
+        var timer = setTimeout(function () { abort.abort(); }, quietLimit());
+        fetch(state.media.currentSrc || String(object.data), { method: 'HEAD', signal: abort.signal }).then(function (response) {
+            fail(response.ok ? given : NOT_AVAILABLE);
+        }, function () { fail(CANNOT_CONNECT); }).then(function () { clearTimeout(timer); });
+    }
+
+    // The TV's bound: a source that gives the engine nothing it can play for that long (a
+    // server that stalls, bytes that are no media) has failed, as the engine may wait for ever.
+    var limit = 0;
+    function quietLimit() {
+        if (!limit)
+            limit = Number(tv.call('AvControl.quietLimit')) || 10000;
+        return limit;
+    }
+    function watch(object, state) {
+        if (state.watchdog)
+            return;
+        state.lastProgress = Date.now();
+        state.watchdog = setInterval(function () {
+            var waiting = state.playState === CONNECTING || state.playState === BUFFERING;
+            if (!waiting || Date.now() - state.lastProgress < quietLimit())
+                return;
+            clearInterval(state.watchdog);
+            state.watchdog = 0;
+            // A source that played has lost its connection; one that never did is asked about.
+            if (state.media.readyState >= HTMLMediaElement.HAVE_METADATA || state.dash)
+                failed(object, CANNOT_CONNECT);
+            else
+                diagnose(object, state, CONTENT_CORRUPT);
+        }, 500);
     }
 
     function failed(object, code) {
@@ -129,6 +168,8 @@
 
     function unload(state) {
         ++state.loads;
+        clearInterval(state.watchdog);
+        state.watchdog = 0;
         if (state.dash) {
             state.dash.stop();
             state.dash = null;
@@ -150,6 +191,7 @@
         else
             media.src = url;
         setPlayState(object, CONNECTING);
+        watch(object, state);
         media.play().catch(function () {});
     }
 

@@ -8,12 +8,13 @@
 
 // The A/V control objects' side in the TV: a timeline line for each thing a page's media
 // does (play, pause, seek, stop, its states and errors), which --json records as the
-// page's call.
+// page's call, and the TV's bound on a media source that gives nothing.
 class AvControlObject {
 public:
     using Say = std::function<void(const PageContext& page, const std::string& line)>;
 
-    explicit AvControlObject(Say say);
+    // A source that gives the engine nothing it can play for quietLimitMs has failed.
+    AvControlObject(Say say, unsigned quietLimitMs);
     AvControlObject(const AvControlObject&) = delete;
     AvControlObject& operator=(const AvControlObject&) = delete;
 
@@ -23,6 +24,7 @@ private:
     JsonNode* changed(const PageContext& page, const Arguments& args) const;
 
     Say say;
+    unsigned quietLimitMs;
     PageMethods table;
 };
 
