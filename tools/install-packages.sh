@@ -5,7 +5,7 @@
 set -euo pipefail
 packages=(cmake ninja-build g++ pkg-config libglib2.0-dev libgtest-dev libgmock-dev libdvbpsi-dev libpugixml-dev zlib1g-dev tshark
           libwebkit2gtk-4.1-dev libjson-glib-dev libxml2-dev xvfb xauth fonts-dejavu-core
-          gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav gstreamer1.0-plugins-ugly gstreamer1.0-tools)
+          gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav gstreamer1.0-plugins-ugly gstreamer1.0-tools python3)
 if [ "${1:-}" = --ci ]; then
     packages+=(clang libclang-rt-14-dev googletest libbenchmark-dev g++-arm-linux-gnueabihf qemu-user valgrind)
 fi

@@ -760,6 +760,33 @@ TEST_F(BrowserTest, EveryMediaFaultEndsInTheErrorState)
     }
 }
 
+// A page's own requests to each fault end, as failures, within the bound: an asynchronous
+// XMLHttpRequest with its error event and status 0, a fetch rejected (or, where the response
+// began, answered with its status).
+TEST_F(BrowserTest, APagesRequestsToFaultsEndWithinTheBound)
+{
+    symlink(PAGES_DIR, (dir + "/probe").c_str());
+    FaultServer faults(dir);
+    ASSERT_TRUE(faults.isRunning()) << "python3 " PAGES_DIR "/fault_server.py";
+    const std::string ask =
+        "(function () { window.outcomes = {}; var urls = {refused: '" + faults.refusedUrl("x.txt") + "', silent: '/silent/x',"
+        " stalled: '/stall/probe/allowed.txt', reset: '/reset/probe/allowed.txt', loop: '/loop/x', missing: '/status/404/x',"
+        " tls: '" + faults.secureUrl("files/probe/allowed.txt") + "'};"
+        " Object.keys(urls).forEach(function (k) { var x = new XMLHttpRequest(); x.open('GET', urls[k]);"
+        " x.onerror = function () { outcomes[k + ' xhr'] = 'error ' + x.status; };"
+        " x.onload = function () { outcomes[k + ' xhr'] = 'load ' + x.status; }; x.send();"
+        " fetch(urls[k]).then(function (r) { outcomes[k + ' fetch'] = 'status ' + r.status; },"
+        " function () { outcomes[k + ' fetch'] = 'rejected'; }); }); })()";
+    const std::string out = browse("--start-url '" + faults.url("files/probe/probe.html") + "' --load-timeout 1 --exit-after 150" +
+                                   " --eval \"" + ask + "\"@20 --eval \"JSON.stringify(outcomes)\"@140");
+    for (const char* outcome : {"refused xhr\\\":\\\"error 0", "refused fetch\\\":\\\"rejected", "silent xhr\\\":\\\"error 0",
+                                "silent fetch\\\":\\\"rejected", "stalled xhr\\\":\\\"error 0", "stalled fetch\\\":\\\"status 200",
+                                "reset xhr\\\":\\\"error 0", "reset fetch\\\":\\\"status 200", "loop xhr\\\":\\\"error 0",
+                                "loop fetch\\\":\\\"rejected", "missing xhr\\\":\\\"load 404", "missing fetch\\\":\\\"status 404",
+                                "tls xhr\\\":\\\"error 0", "tls fetch\\\":\\\"rejected"})
+        EXPECT_NE(out.find(outcome), std::string::npos) << outcome << "\n" << out;
+}
+
 // The bundled sample as a newcomer runs it, with no rule for its loads: sample.example does
 // not resolve, so the application comes from the carousel and draws its banner.
 TEST_F(BrowserTest, TheSampleWithoutANetworkShowsTheCarouselBanner)

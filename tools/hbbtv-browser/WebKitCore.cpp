@@ -16,7 +16,7 @@ bool isQuestion(const std::string& name)
                                                     "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
                                                     "Requests.vet", "Page.painted", "Page.debug",
                                                     "Terminal.configuration", "Terminal.capabilities",
-                                                    "AvControl.changed", "AvControl.quietLimit"};
+                                                    "AvControl.changed", "Page.loadTimeout"};
     return questions.count(name) != 0;
 }
 
@@ -26,7 +26,7 @@ GVariant* pageScripts(const std::string& directory)
     static const char* const files[] = {"bridge.js",         "keys.js",          "video-broadcast.js", "application-manager.js",
                                         "configuration.js",  "capabilities.js",  "parental-control.js",
                                         "object-factory.js", "stream-events.js", "dash-player.js",
-                                        "av-control.js",      "page.js"};
+                                        "av-control.js",      "request-bounds.js", "page.js"};
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
     for (const char* file : files) {
@@ -68,14 +68,15 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
                        const std::string& scriptDirectory, const Options& options)
     : screen(tvScreen), pictures(broadcastPictures), filter(options.refusedRequests),
       loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs)), videoBroadcast(tvScreen, broadcastPictures),
-      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); },
-                options.loadTimeoutMs)
+      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); })
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
     });
     coreMethods = {
         {"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }},
+        // The bound the page's media and requests keep, as the core keeps it for its loads.
+        {"Page.loadTimeout", [this](const PageContext&, const Arguments&) { return reply::number(double(loadTimeout.count())); }},
         {"Page.debug", [this](const PageContext& page, const Arguments& args) {
              out->say("the page in " + windowName(page.window) + " says: " + args.text(0));
              return reply::null();

@@ -124,7 +124,7 @@
     var limit = 0;
     function quietLimit() {
         if (!limit)
-            limit = Number(tv.call('AvControl.quietLimit')) || 10000;
+            limit = Number(tv.call('Page.loadTimeout')) || 10000;
         return limit;
     }
     function watch(object, state) {

@@ -35,11 +35,10 @@ std::string describe(const std::string& what, long playState, long error, long p
 
 } // namespace
 
-AvControlObject::AvControlObject(Say sayLine, unsigned quietLimit) : say(std::move(sayLine)), quietLimitMs(quietLimit)
+AvControlObject::AvControlObject(Say sayLine) : say(std::move(sayLine))
 {
     table = {
         {"AvControl.changed", [this](const PageContext& page, const Arguments& args) { return changed(page, args); }},
-        {"AvControl.quietLimit", [this](const PageContext&, const Arguments&) { return reply::number(quietLimitMs); }},
     };
 }
 

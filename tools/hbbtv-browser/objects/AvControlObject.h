@@ -8,13 +8,12 @@
 
 // The A/V control objects' side in the TV: a timeline line for each thing a page's media
 // does (play, pause, seek, stop, its states and errors), which --json records as the
-// page's call, and the TV's bound on a media source that gives nothing.
+// page's call.
 class AvControlObject {
 public:
     using Say = std::function<void(const PageContext& page, const std::string& line)>;
 
-    // A source that gives the engine nothing it can play for quietLimitMs has failed.
-    AvControlObject(Say say, unsigned quietLimitMs);
+    explicit AvControlObject(Say say);
     AvControlObject(const AvControlObject&) = delete;
     AvControlObject& operator=(const AvControlObject&) = delete;
 
@@ -24,7 +23,6 @@ private:
     JsonNode* changed(const PageContext& page, const Arguments& args) const;
 
     Say say;
-    unsigned quietLimitMs;
     PageMethods table;
 };
 
