@@ -303,6 +303,22 @@ bool makeMedia(const std::string& file, const char* pattern, bool transportStrea
     return std::system(command.c_str()) == 0;
 }
 
+// A capture whose picture (the elementary streams on PIDs 0x0110 and up) carries nothing a
+// decoder can read: every payload byte overwritten, the packets' own headers kept.
+void spoilPicture(const std::string& path)
+{
+    std::string ts = readFile(path);
+    for (size_t at = 0; at + 188 <= ts.size(); at += 188) {
+        const unsigned pid = (unsigned(uint8_t(ts[at + 1]) & 0x1F) << 8) | uint8_t(ts[at + 2]);
+        if (pid < 0x0110 || pid > 0x011F)
+            continue;
+        const size_t payload = 4 + ((ts[at + 3] & 0x20) ? 1 + uint8_t(ts[at + 4]) : 0);
+        for (size_t i = at + payload; i < at + 188; ++i)
+            ts[i] = char(0xA5 ^ (i * 131));
+    }
+    std::ofstream(path, std::ios::binary) << ts;
+}
+
 // How many of the pixels of a rectangle (every fourth in each direction) differ between two PNGs.
 int changedPixels(const std::string& first, const std::string& second, int x, int y, int width, int height)
 {
@@ -641,7 +657,7 @@ TEST_F(BrowserTest, TheBroadcastsOwnPictureShowsInVideoBroadcast)
     const std::string windowed = dir + "/windowed.png", full = dir + "/full.png", stopped = dir + "/stopped.png";
     const std::string out = browse(dir + "/av-capture.ts --exit-after 160 --screenshot " + windowed + "@60" +
                                    " --eval 'broadcast().setFullScreen(true)'@70 --screenshot " + full + "@90" +
-                                   " --eval 'broadcast().stop()'@110 --screenshot " + stopped + "@130");
+                                   " --eval 'broadcast().stop()'@110 --screenshot " + stopped + "@130 --eval 'report()'@65");
     auto isBar = [](uint32_t rgb, uint32_t bar) {  // the bars' colours are 75 % of full
         for (int shift : {0, 8, 16})
             if (((bar >> shift) & 0xFF) != (((rgb >> shift) & 0xFF) > 0x80 ? 0xFF : 0))
@@ -655,6 +671,13 @@ TEST_F(BrowserTest, TheBroadcastsOwnPictureShowsInVideoBroadcast)
     EXPECT_TRUE(isBar(pixel(full, 640, 200), GREEN)) << std::hex << pixel(full, 640, 200) << ": full screen, behind the page";
     EXPECT_TRUE(isRed(pixel(full, 1000, 630))) << "the page's panel over it";
     EXPECT_FALSE(isBar(pixel(stopped, 640, 200), GREEN)) << "stopped: no picture";
+    EXPECT_NE(out.find("eval report(): \"1,2|\""), std::string::npos) << "connecting, presenting: " << out;
+
+    // A picture that cannot be played ends the binding in an error within the bound.
+    spoilPicture(dir + "/av-capture.ts");
+    const std::string spoilt = browse(dir + "/av-capture.ts --load-timeout 1 --exit-after 130 --eval 'report()'@120");
+    EXPECT_NE(spoilt.find("eval report(): \"1,0:100|Bars TV:100\""), std::string::npos)
+        << "connecting, then unrealized with the channel change error: " << spoilt;
 }
 
 // A page that allocates without end is stopped at its memory limit, and one whose web
@@ -737,24 +760,31 @@ TEST_F(BrowserTest, EveryBroadbandFaultFailsOverToTheCarousel)
 TEST_F(BrowserTest, EveryMediaFaultEndsInTheErrorState)
 {
     ASSERT_TRUE(makeMedia(dir + "/clip.mp4", "ball", false)) << "gst-launch-1.0 with x264enc and avenc_aac";
+    std::ofstream(dir + "/clip.mpd") << "<MPD>these bytes become no manifest</MPD>";
     symlink(PAGES_DIR, (dir + "/probe").c_str());
     FaultServer faults(dir);
     ASSERT_TRUE(faults.isRunning()) << "python3 " PAGES_DIR "/fault_server.py";
     const struct {
         const char* fault;
         std::string url;
-        int error;  // 0 format not supported, 1 cannot connect, 5 not available
+        int error;  // 0 format not supported, 1 cannot connect, 4 content corrupt, 5 not available
+        int tick;   // when the page reports: a stall comes after half the clip has played
     } cases[] = {
-        {"refused connection", faults.refusedUrl("clip.mp4"), 1},
-        {"server that never answers", faults.url("silent/clip.mp4"), 1},
-        {"bytes that are no media", faults.url("garbage/clip.mp4"), 0},
-        {"not on the server", faults.url("files/missing.mp4"), 5},
-        {"server that stalls mid-stream", faults.url("stall/clip.mp4"), 1},
+        {"refused connection", faults.refusedUrl("clip.mp4"), 1, 120},
+        {"server that never answers", faults.url("silent/clip.mp4"), 1, 120},
+        {"bytes that are no media", faults.url("garbage/clip.mp4"), 0, 120},
+        {"not on the server", faults.url("files/missing.mp4"), 5, 120},
+        {"server that stalls mid-stream", faults.url("stall/clip.mp4"), 1, 390},
+        {"DASH manifest refused", faults.refusedUrl("clip.mpd"), 1, 120},
+        {"DASH manifest never answered", faults.url("silent/clip.mpd"), 1, 120},
+        {"DASH manifest that is no manifest", faults.url("garbage/clip.mpd"), 4, 120},
+        {"DASH manifest not on the server", faults.url("files/missing.mpd"), 5, 120},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fault);
         const std::string out = browse("--start-url '" + faults.url("files/probe/player.html?") + c.url +
-                                       "' --load-timeout 1 --exit-after 400 --eval 'report()'@390");
+                                       "' --load-timeout 1 --exit-after " + std::to_string(c.tick + 10) +
+                                       " --eval 'report()'@" + std::to_string(c.tick));
         EXPECT_EQ(reported(out, 0, "state"), 6) << out;
         EXPECT_EQ(reported(out, 0, "error"), c.error) << out;
     }

@@ -6,7 +6,7 @@
 // SegmentTimeline), SegmentList, or a single file (SegmentBase or a bare BaseURL).
 (function (tv) {
     'use strict';
-    var FORMAT_NOT_SUPPORTED = 0, CANNOT_CONNECT = 1, CONTENT_CORRUPT = 4;
+    var FORMAT_NOT_SUPPORTED = 0, CANNOT_CONNECT = 1, CONTENT_CORRUPT = 4, NOT_AVAILABLE = 5;
     var AHEAD_SECONDS = 30;
     var MAX_SEGMENTS = 100000;  // a manifest that lists more is not believed
     var MAX_NUMBER_WIDTH = 16;
@@ -152,12 +152,16 @@
                 onError(code);
             stopped = true;
         }
-        function fetchBytes(address) {
+        // A response that is not the file: the server does not have it (5), or will not give it (1).
+        function fetched(address, read) {
             return fetch(address).then(function (response) {
                 if (!response.ok)
-                    throw { code: CANNOT_CONNECT };
-                return response.arrayBuffer();
+                    throw { code: response.status === 404 || response.status === 410 ? NOT_AVAILABLE : CANNOT_CONNECT };
+                return read(response);
             }, function () { throw { code: CANNOT_CONNECT }; });
+        }
+        function fetchBytes(address) {
+            return fetched(address, function (response) { return response.arrayBuffer(); });
         }
         function append(track, bytes) {
             return new Promise(function (done, failed) {
@@ -220,11 +224,7 @@
         media.addEventListener('seeking', seeking);
 
         mediaSource.addEventListener('sourceopen', function () {
-            fetch(url).then(function (response) {
-                if (!response.ok)
-                    throw { code: CANNOT_CONNECT };
-                return response.text();
-            }, function () { throw { code: CANNOT_CONNECT }; }).then(function (text) {
+            fetched(url, function (response) { return response.text(); }).then(function (text) {
                 var mpd = new DOMParser().parseFromString(text, 'application/xml').documentElement;
                 if (!mpd || mpd.localName !== 'MPD')
                     throw { code: CONTENT_CORRUPT };

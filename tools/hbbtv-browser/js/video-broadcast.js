@@ -5,6 +5,7 @@
     'use strict';
     var TYPE = 'video/broadcast';
     var UNREALIZED = 0, CONNECTING = 1, PRESENTING = 2, STOPPED = 3;
+    var UNIDENTIFIED_ERROR = 100;  // the channel change error for a picture the TV cannot play
 
     var CHANNEL_CONSTANTS = {
         TYPE_TV: 0, TYPE_RADIO: 1, TYPE_OTHER: 2,
@@ -97,6 +98,43 @@
         state.picture = video;
     }
 
+    // The object presents once the service's picture plays; one that errs, or gives nothing
+    // for the TV's load timeout, ends the channel change in an error, never connecting for
+    // ever. A service without a picture (its stand-in), or full screen (the TV's own view
+    // plays it), presents at once.
+    var limit = 0;
+    function quietLimit() {
+        if (!limit)
+            limit = Number(tv.call('Page.loadTimeout')) || 10000;
+        return limit;
+    }
+    function present(object) {
+        var state = stateOf(object);
+        var picture = state.picture;
+        if (state.playState !== CONNECTING)
+            return;
+        if (!picture || picture.readyState >= HTMLMediaElement.HAVE_CURRENT_DATA)
+            return setPlayState(object, PRESENTING);
+        var timer = 0;
+        var settle = function (presenting) {
+            clearTimeout(timer);
+            picture.removeEventListener('loadeddata', shown);
+            picture.removeEventListener('error', failed);
+            if (state.picture !== picture || state.playState !== CONNECTING)
+                return;
+            if (presenting)
+                return setPlayState(object, PRESENTING);
+            tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, UNIDENTIFIED_ERROR],
+                    { channel: state.channel, errorState: UNIDENTIFIED_ERROR });
+            setPlayState(object, UNREALIZED, UNIDENTIFIED_ERROR);
+        };
+        var shown = function () { settle(true); };
+        var failed = function () { settle(false); };
+        picture.addEventListener('loadeddata', shown);
+        picture.addEventListener('error', failed);
+        timer = setTimeout(failed, quietLimit());
+    }
+
     // The broadcast picture goes where the object is, or full screen behind the page: the
     // service's own where the broadcast carries it, its stand-in otherwise.
     function placeVideo(object) {
@@ -139,7 +177,7 @@
         if (state.playState === UNREALIZED || state.playState === STOPPED) {
             var object = this;
             setPlayState(object, CONNECTING);
-            later(function () { setPlayState(object, PRESENTING); });
+            later(function () { present(object); });
         }
         return state.channel;
     });
@@ -165,7 +203,8 @@
         var state = stateOf(object);
         state.channel = tv.channelOf(data);
         tv.fire(object, 'onChannelChangeSucceeded', 'ChannelChangeSucceeded', [state.channel], { channel: state.channel });
-        setPlayState(object, PRESENTING);
+        setPlayState(object, CONNECTING);
+        present(object);
     }
 
     define('setChannel', function (channel, trickplay, contentAccessDescriptorURL) {
