@@ -21,36 +21,55 @@
             synchronous.delete(this);
         return open.apply(this, arguments);
     };
+    // One timer a request, armed while it is under way and again at each sign of life.
+    var timers = new WeakMap(), watched = new WeakSet();
+    function arm(request) {
+        clearTimeout(timers.get(request));
+        timers.set(request, setTimeout(function () {
+            request.abort();
+            request.dispatchEvent(new ProgressEvent('error'));
+        }, quietLimit()));
+    }
+    function rearm() {
+        if (timers.has(this))
+            arm(this);
+    }
+    function disarm() {
+        clearTimeout(timers.get(this));
+        timers.delete(this);
+    }
     XMLHttpRequest.prototype.send = function () {
-        var request = this, timer = 0;
-        if (!synchronous.has(request)) {
-            var arm = function () {
-                clearTimeout(timer);
-                timer = setTimeout(function () {
-                    request.abort();
-                    request.dispatchEvent(new ProgressEvent('error'));
-                }, quietLimit());
-            };
-            request.addEventListener('progress', arm);
-            request.addEventListener('readystatechange', arm);
-            request.addEventListener('loadend', function () { clearTimeout(timer); });
-            arm();
+        if (!synchronous.has(this)) {
+            if (!watched.has(this)) {
+                watched.add(this);
+                this.addEventListener('progress', rearm);
+                this.addEventListener('readystatechange', rearm);
+                this.addEventListener('loadend', disarm);
+            }
+            arm(this);
         }
-        return send.apply(request, arguments);
+        try {
+            return send.apply(this, arguments);
+        } catch (e) {
+            disarm.call(this);  // it never left
+            throw e;
+        }
     };
 
     var pageFetch = window.fetch;
     window.fetch = function (input, init) {
         var abort = new AbortController();
-        var own = init && init.signal;
-        if (own) {
+        // The page's own signal, given or in its Request, still aborts.
+        [init && init.signal, input instanceof Request && input.signal].forEach(function (own) {
+            if (!own)
+                return;
             if (own.aborted)
                 abort.abort();
             own.addEventListener('abort', function () { abort.abort(); });
-        }
+        });
         var timer = setTimeout(function () { abort.abort(); }, quietLimit());
         var ended = function () { clearTimeout(timer); };
-        var response = pageFetch.call(this, input, Object.assign({}, init, { signal: abort.signal }));
+        var response = pageFetch.call(window, input, Object.assign({}, init, { signal: abort.signal }));
         response.then(ended, ended);
         return response;
     };
