@@ -801,7 +801,8 @@ TEST_F(BrowserTest, APagesRequestsToFaultsEndWithinTheBound)
     const std::string ask =
         "(function () { window.outcomes = {}; var urls = {refused: '" + faults.refusedUrl("x.txt") + "', silent: '/silent/x',"
         " stalled: '/stall/probe/allowed.txt', reset: '/reset/probe/allowed.txt', loop: '/loop/x', missing: '/status/404/x',"
-        " tls: '" + faults.secureUrl("files/probe/allowed.txt") + "'};"
+        " tls: '" + faults.secureUrl("files/probe/allowed.txt") + "'" +
+        (isolated ? ", unresolved: 'http://unresolvable.example/x'" : "") + "};"
         " Object.keys(urls).forEach(function (k) { var x = new XMLHttpRequest(); x.open('GET', urls[k]);"
         " x.onerror = function () { outcomes[k + ' xhr'] = 'error ' + x.status; };"
         " x.onload = function () { outcomes[k + ' xhr'] = 'load ' + x.status; }; x.send();"
@@ -815,6 +816,8 @@ TEST_F(BrowserTest, APagesRequestsToFaultsEndWithinTheBound)
                                 "loop fetch\\\":\\\"rejected", "missing xhr\\\":\\\"load 404", "missing fetch\\\":\\\"status 404",
                                 "tls xhr\\\":\\\"error 0", "tls fetch\\\":\\\"rejected"})
         EXPECT_NE(out.find(outcome), std::string::npos) << outcome << "\n" << out;
+    for (const char* outcome : {"unresolved xhr\\\":\\\"error 0", "unresolved fetch\\\":\\\"rejected"})
+        EXPECT_TRUE(!isolated || out.find(outcome) != std::string::npos) << outcome << "\n" << out;
 }
 
 // The bundled sample as a newcomer runs it, with no rule for its loads: sample.example does
