@@ -176,10 +176,11 @@ protected:
         return ts;
     }
 
-    std::string browse(const std::string& arguments)
+    // Runs the browser with the arguments, and variables of its environment (NAME=VALUE ...).
+    std::string browse(const std::string& arguments, const std::string& environment = "")
     {
         std::string output;
-        FILE* pipe = popen((HBBTV_BROWSER " " + arguments + " 2>&1").c_str(), "r");
+        FILE* pipe = popen((environment + " " HBBTV_BROWSER " " + arguments + " 2>&1").c_str(), "r");
         char buffer[4096];
         while (size_t n = fread(buffer, 1, sizeof buffer, pipe))
             output.append(buffer, n);
@@ -538,21 +539,17 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
 
 // A foreign program of the same user on the pages' channel: it connects and asks for a
 // request and a new application on behalf of the first page. Nothing answers.
-std::string callAsForeignClient()
+std::string callAsForeignClient(const std::string& browserTmp)
 {
     std::string answers;
-    // The newest channel socket in the temporary directory is this run's.
+    // The browser's temporary directory is the test's own: the channel in it is this run's.
     std::string socket;
     for (int attempt = 0; attempt < 50 && socket.empty(); ++attempt, g_usleep(100000)) {
-        time_t newest = 0;
-        g_autoptr(GDir) tmp = g_dir_open(g_get_tmp_dir(), 0, nullptr);
+        g_autoptr(GDir) tmp = g_dir_open(browserTmp.c_str(), 0, nullptr);
         while (const char* name = tmp ? g_dir_read_name(tmp) : nullptr) {
-            g_autofree char* path = g_build_filename(g_get_tmp_dir(), name, "channel", nullptr);
-            struct stat info;
-            if (g_str_has_prefix(name, "hbbtv-browser-") && stat(path, &info) == 0 && info.st_mtime >= newest) {
-                newest = info.st_mtime;
+            g_autofree char* path = g_build_filename(browserTmp.c_str(), name, "channel", nullptr);
+            if (g_str_has_prefix(name, "hbbtv-browser-") && g_file_test(path, G_FILE_TEST_EXISTS))
                 socket = path;
-            }
         }
     }
     const std::string address = "unix:path=" + socket;
@@ -577,10 +574,12 @@ std::string callAsForeignClient()
 // that connects to the pages' channel.
 TEST_F(BrowserTest, NoRefusedRequestLeavesAHostilePage)
 {
+    const std::string browserTmp = dir + "/tmp";
+    mkdir(browserTmp.c_str(), 0700);
     std::string foreign;
-    std::thread intruder([&foreign] { foreign = callAsForeignClient(); });
+    std::thread intruder([&foreign, &browserTmp] { foreign = callAsForeignClient(browserTmp); });
     const std::string out = browse("--start-url '" + server.base() + "probe/hostile.html' --refuse '*secret*'"
-                                   " --exit-after 250");
+                                   " --exit-after 250", "TMPDIR=" + browserTmp);
     intruder.join();
     EXPECT_EQ(server.pathsWith("secret"), "");
     EXPECT_TRUE(server.asked("/probe/allowed.txt?fickle")) << "a URL is decided as the engine requests it";
