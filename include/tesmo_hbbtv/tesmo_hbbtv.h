@@ -68,6 +68,11 @@ typedef enum {
     HBBTV_EVENT_TERMINAL_IDENTITY = 11, HBBTV_EVENT_PLATFORM_PROFILES = 12
 } HBBTV_EventType;
 
+/* A stream event (type 9): the library calls callback(a, b, c, d, e) with the five words the
+ * platform put in the record, in order, then frees a, b, c and d (heap strings, free()d; null
+ * is allowed). Their meaning is the platform's own: the library only carries them, which lets
+ * the platform's carousel thread hand an event to the browser thread through the library.
+ * e is not freed (a listener, say). */
 typedef void (*HBBTV_StreamEventCallback)(char* a, char* b, char* c, char* d, void* e);
 
 typedef union HBBTV_EventData {
@@ -99,7 +104,16 @@ typedef enum { HBBTV_APPLICATION_ACTION_START = 0, HBBTV_APPLICATION_ACTION_BLOC
 typedef enum { HBBTV_XHR_PERMISSION_DEFAULT = 0, HBBTV_XHR_PERMISSION_DENY = 1,
                HBBTV_XHR_PERMISSION_CORE_DECIDES = 2 } HBBTV_XHR_Permission;
 
-typedef struct HBBTV_ApplicationNotificationData {      /* types 0, 1, 3, 4 */
+/* Types 0, 1, 3 and 4. The flags are 0 or 1:
+ * flag_a  start: the application comes from a broadcast AIT (not an XML AIT);
+ *         stop and trusted: the application is broadcast-related;
+ *         broadcast-related change: the new broadcast-related value.
+ * flag_b  trusted: the answer, preset to the library's verdict, which the listener may
+ *         overturn; broadcast-related change: always 1; start and stop: 0.
+ * flag_c  start, trusted and broadcast-related change: the application was launched as
+ *         AUTOSTART; stop: 0.
+ * An application started by URL alone has flag_a, flag_c and its identifiers 0. */
+typedef struct HBBTV_ApplicationNotificationData {
     void* window; int32_t flag_a; int32_t flag_b; int32_t flag_c;
     uint32_t organisation_id; uint16_t application_id; char* url;
     bool* reactivate_ait; uint8_t usage_type; int32_t action;

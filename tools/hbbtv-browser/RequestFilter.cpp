@@ -125,35 +125,60 @@ RequestFilter::~RequestFilter()
     g_rmdir(directory.c_str());
 }
 
+namespace {
+
+// A range written backwards matches nothing for fnmatch, and is no expression at all.
+bool hasBackwardRange(const std::string& members)
+{
+    for (size_t k = 0; k < members.size(); ++k) {
+        if (k + 2 < members.size() && members[k + 1] == '-') {
+            if (members[k + 2] < members[k])
+                return true;
+            k += 2;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 std::string RequestFilter::globToRule(const std::string& glob)
 {
+    for (char c : glob)
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return "";  // the rules know ASCII only
     std::string rule = "^";
     for (size_t i = 0; i < glob.size(); ++i) {
         const char c = glob[i];
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return "";  // the rules know ASCII only
         if (c == '*') {
             rule += ".*";
         } else if (c == '?') {
             rule += '.';
         } else if (c == '[') {
-            // A set: "!" negates it, and a "]" right after the start is one of its members.
-            size_t first = i + 1 + (i + 1 < glob.size() && glob[i + 1] == '!');
+            // A set: "!" (or "^", as glibc's fnmatch reads it) negates it, and a "]" right after
+            // the start is one of its members.
+            const bool negated = i + 1 < glob.size() && (glob[i + 1] == '!' || glob[i + 1] == '^');
+            const size_t first = i + 1 + negated;
             const size_t close = glob.find(']', first + 1);
             if (close == std::string::npos) {
                 rule += "\\[";
                 continue;
             }
             const std::string members = glob.substr(first, close - first);
-            if (members.find("[:") != std::string::npos || members.find('\\') != std::string::npos)
-                return "";  // classes and escapes in sets have no exact rule
-            rule += std::string("[") + (first > i + 1 ? "^" : "");
+            // Classes, collating symbols, equivalence classes and escapes in sets have no exact rule.
+            if (members.find("[:") != std::string::npos || members.find("[.") != std::string::npos ||
+                members.find("[=") != std::string::npos || members.find('\\') != std::string::npos ||
+                hasBackwardRange(members))
+                return "";
+            rule += std::string("[") + (negated ? "^" : "");
             for (char member : members)
                 rule += member == ']' || member == '^' ? std::string("\\") + member : std::string(1, member);
             rule += ']';
             i = close;
+        } else if (c == '\\' && i + 1 == glob.size()) {
+            return "";  // fnmatch matches nothing with a trailing backslash
         } else {
-            const char literal = c == '\\' && i + 1 < glob.size() ? glob[++i] : c;
+            const char literal = c == '\\' ? glob[++i] : c;
             if (std::string("\\^$.|+()[]{}*?").find(literal) != std::string::npos)
                 rule += '\\';
             rule += literal;

@@ -227,7 +227,7 @@ void WebKitCore::afterTick()
     for (const LateReport& report : due) {
         if (!knows(report.window))
             continue;
-        out->noteActivity();
+        activity->note();
         if (report.id == DAXO_TESMO_EVT_LOADING_FINISHED) {
             reportLoad(report.window, report.load);
         } else {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "Broadcast.h"
+#include "LibraryNumbers.h"
 #include "BroadcastPicture.h"
 #include "Options.h"
 #include "RemoteKeys.h"
@@ -76,7 +77,7 @@ int main(int argc, char** argv)
         if (!core.isSandboxed())
             timeline.say("pages run without WebKit's sandbox: bubblewrap cannot run here");
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
-            theCore->applicationEvent(event == 0 ? "lowMemory" : "loadError", id);
+            theCore->applicationEvent(event == library::APPLICATION_LOW_MEMORY ? "lowMemory" : "loadError", id);
         });
         native_ApplicationManagerSetAppDestroyedListener([](uint32_t id) { theCore->applicationEvent("destroyed", id); });
 

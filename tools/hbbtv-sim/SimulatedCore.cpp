@@ -25,7 +25,7 @@ void SimulatedCore::afterTick()
 
 void SimulatedCore::loadPage(const Load& load)
 {
-    out->noteActivity();
+    activity->note();
     if (load.url.compare(0, 4, "dvb:") == 0)
         return loadFromCarousel(load);
     const LoadOutcome outcome = ruledOutcome(load.url).value_or(LoadOutcome{LoadOutcome::LOADED, 200, ""});

@@ -12,6 +12,7 @@
 #include "AitDecoder.h"
 #include "CarouselExtraction.h"
 #include "ObjectCarousel.h"
+#include "ScriptRunner.h"
 #include "ServiceScanner.h"
 
 namespace {
@@ -307,7 +308,7 @@ std::map<uint8_t, std::vector<TimedSection>> Broadcast::eventSectionsOf(const Se
 int Broadcast::readScript(const Options& options)
 {
     std::string error;
-    if (!options.script.empty() && !loadScript(options.script, script, error))
+    if (!options.script.empty() && !loadScript(options.script, ScriptRunner::verbs(), script, error))
         return fail(options, error);
     if (!options.startUrl.empty())
         script.insert(script.begin(), {0, "start-url", options.startUrl, 0});

@@ -2,19 +2,20 @@
 
 #include <glib.h>
 
+#include "LibraryNumbers.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
 
-const int32_t OUTCOME_CONNECTION_FAILED = 3;  // the load record's outcome code the library reads as unreachable
 const unsigned HTTP_NOT_FOUND = 404;
 
 } // namespace
 
-void BrowserCore::attach(Timeline& timeline, LoadRules& loadRules)
+void BrowserCore::attach(Timeline& timeline, LoadRules& loadRules, Activity& platformActivity)
 {
     out = &timeline;
     rules = &loadRules;
+    activity = &platformActivity;
 }
 
 // ---------------------------------------------------------------- windows
@@ -76,7 +77,7 @@ void BrowserCore::reportLoad(DAXO_TesmoWindow* window, const LoadOutcome& outcom
 {
     const bool errorPage = outcome.end == LoadOutcome::LOADED && outcome.status >= 400 && outcome.status != HTTP_NOT_FOUND;
     DAXO_LoadRecord record{};
-    record.outcome = outcome.end == LoadOutcome::CONNECTION_FAILED ? OUTCOME_CONNECTION_FAILED : 0;
+    record.outcome = outcome.end == LoadOutcome::CONNECTION_FAILED ? library::LOAD_CONNECTION_FAILED : 0;
     record.http_status = outcome.end == LoadOutcome::LOADED ? int16_t(outcome.status) : 0;
     const int id = outcome.end == LoadOutcome::FAILED || errorPage ? DAXO_TESMO_EVT_LOADING_FAILED : DAXO_TESMO_EVT_LOADING_FINISHED;
     int result = 0;
@@ -87,7 +88,7 @@ void BrowserCore::reportLoad(DAXO_TesmoWindow* window, const LoadOutcome& outcom
 
 int BrowserCore::openUrl(DAXO_TesmoWindow* window, const char* url)
 {
-    out->noteActivity();
+    activity->note();
     const std::string text = url ? url : "";
     out->record(JsonLine().field("call", "tm_open_url").pointer("window", window).field("url", url));
     out->say("open " + text + " in " + windowName(window));

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "Activity.h"
 #include "LoadOutcome.h"
 #include "LoadRules.h"
 #include "Timeline.h"
@@ -17,7 +18,7 @@
 class BrowserCore {
 public:
     virtual ~BrowserCore() = default;
-    void attach(Timeline& timeline, LoadRules& loadRules);
+    void attach(Timeline& timeline, LoadRules& loadRules, Activity& activity);
 
     // ---- the platform's side
     DAXO_TesmoWindow* grantWindow();
@@ -77,6 +78,8 @@ protected:
 
     Timeline* out = nullptr;
     LoadRules* rules = nullptr;
+    // What the core reports to the library and what the library asks of it count as activity.
+    Activity* activity = nullptr;
 
 private:
     struct BrowserWindow {

@@ -1,6 +1,7 @@
 // The functions the library resolves from its host: the platform's reach the TV platform,
 // the browser core's reach whichever core the program runs.
 
+#include "LibraryNumbers.h"
 #include "TvPlatform.h"
 #include "tesmo_hbbtv/browser_core.h"
 #include "tesmo_hbbtv/platform.h"
@@ -43,17 +44,17 @@ void hbbtv_ait_invalidate(void) { tv().platformCall("hbbtv_ait_invalidate"); }
 int hbbtv_keyset_get_supported_values(void)
 {
     tv().platformCall("hbbtv_keyset_get_supported_values");
-    return 0x3FF;  // every key of the key-set table
+    return library::KEYSET_ALL;
 }
 
 void dsmcc_start(void) { tv().platformCall("dsmcc_start"); }
 void dsmcc_stop(void) { tv().platformCall("dsmcc_stop"); }
 void dsmcc_clear_cache(void) { tv().platformCall("dsmcc_clear_cache"); }
-int dsmcc_get_file(const char* path, void* id) { return tv().carouselGetFile(path, id); }
-int dsmcc_get_mime_type(void* id, char** mime_type) { return tv().carouselMimeType(id, mime_type); }
-int dsmcc_read(void* id, const unsigned char** data, unsigned int* length) { return tv().carouselRead(id, data, length); }
-int dsmcc_close_file(void* id) { return tv().carouselClose(id); }
-int dsmcc_same_carousel(const char* url, const char* other_url, int* same) { return tv().sameCarousel(url, other_url, same); }
+int dsmcc_get_file(const char* path, void* id) { return tv().carouselFiles().get(path, id); }
+int dsmcc_get_mime_type(void* id, char** mime_type) { return tv().carouselFiles().mimeType(id, mime_type); }
+int dsmcc_read(void* id, const unsigned char** data, unsigned int* length) { return tv().carouselFiles().read(id, data, length); }
+int dsmcc_close_file(void* id) { return tv().carouselFiles().close(id); }
+int dsmcc_same_carousel(const char* url, const char* other_url, int* same) { return tv().carouselFiles().sameCarousel(url, other_url, same); }
 
 int dsmcc_stream_event_subscribe(const char* path, void* a, void* b, void* c, void* d)
 {

@@ -2,15 +2,23 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <set>
 #include <sstream>
 
-bool loadScript(const std::string& path, std::vector<ScriptAction>& actions, std::string& error)
+namespace {
+
+const ScriptVerb* verbNamed(const std::vector<ScriptVerb>& verbs, const std::string& name)
 {
-    static const std::set<std::string> withArgument = {"key",   "fail",      "status",  "broadband", "start-url",
-                                                       "create-application", "xml-ait", "keyset", "time-shift", "channel"};
-    static const std::set<std::string> withoutArgument = {"service-change", "terminate", "destroy-application",
-                                                          "show",           "hide",      "low-memory", "load-fail"};
+    for (const ScriptVerb& verb : verbs)
+        if (name == verb.name)
+            return &verb;
+    return nullptr;
+}
+
+} // namespace
+
+bool loadScript(const std::string& path, const std::vector<ScriptVerb>& verbs, std::vector<ScriptAction>& actions,
+                std::string& error)
+{
     std::ifstream in(path);
     if (!in) {
         error = "cannot read script " + path;
@@ -36,12 +44,10 @@ bool loadScript(const std::string& path, std::vector<ScriptAction>& actions, std
             if (argument.empty() || *end != '\0' || n > 1000000)
                 return error = where + "tick takes a number of ticks", false;
             clock += n;
-        } else if (withArgument.count(verb)) {
-            if (argument.empty())
+        } else if (const ScriptVerb* known = verbNamed(verbs, verb)) {
+            if (known->argument && argument.empty())
                 return error = where + verb + " needs an argument", false;
-            actions.push_back({clock, verb, argument, line});
-        } else if (withoutArgument.count(verb)) {
-            actions.push_back({clock, verb, "", line});
+            actions.push_back({clock, verb, known->argument ? argument : "", line});
         } else {
             return error = where + "unknown action '" + verb + "'", false;
         }

@@ -31,9 +31,6 @@ public:
     bool isJson() const { return json; }
     void setTick(uint64_t now) { tick = now; }
     uint64_t getTick() const { return tick; }
-    // Something happened at this tick: the run goes on while things happen.
-    void noteActivity() { active = tick; }
-    uint64_t lastActivity() const { return active; }
 
     // A step of the story, in readable form; dropped in JSON mode.
     void say(const std::string& text);
@@ -46,7 +43,6 @@ private:
     FILE* out;
     bool json;
     uint64_t tick = 0;
-    uint64_t active = 0;
 };
 
 #endif

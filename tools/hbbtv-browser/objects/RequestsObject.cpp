@@ -1,11 +1,10 @@
 #include "RequestsObject.h"
 
+#include "LibraryNumbers.h"
 #include "TvPlatform.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
-
-const int NO_APPLICATION = -3;
 
 // A request of the page, as the engine is about to make it. The library decides first (and
 // asks the platform's listener about URLs inside the application); where it leaves the
@@ -17,11 +16,11 @@ JsonNode* vet(const PageContext& page, const Arguments& args)
     DAXO_RequestRecord record{page.url.c_str(), url.c_str(), HBBTV_XHR_PERMISSION_DEFAULT};
     int result = 0;
     const bool handled = tesmo_hbbtv_handle_notification(nullptr, page.window, DAXO_TESMO_EVT_XHR_REQUEST, &record, &result);
-    if (handled && result == NO_APPLICATION)
+    if (handled && result == library::NOTIFICATION_INVALID)
         return reply::boolean(false);
     if (record.permission == HBBTV_XHR_PERMISSION_DENY)
         return reply::boolean(false);
-    return reply::boolean(!TvPlatform::get().refuses(url));
+    return reply::boolean(!TvPlatform::get().requestPolicy().refusing(url));
 }
 
 } // namespace
