@@ -1,17 +1,8 @@
 #include "BiopObject.h"
 
-using TesmoHbbTV::SectionReader;
-
 namespace carousel {
 
 namespace {
-
-std::string readString(SectionReader& in, size_t length)
-{
-    std::string text;
-    in.appendTo(text, length);
-    return text;
-}
 
 // Names and kinds are carried with their terminating zero.
 std::string withoutZeros(std::string text)
@@ -37,21 +28,19 @@ std::string shortKind(const std::string& typeId)
     return kind;
 }
 
-void readLiteComponents(SectionReader profile, ObjectRef& ref, bool& located)
+void readLiteComponents(ByteReader profile, ObjectRef& ref, bool& located)
 {
     profile.skip(1);  // byte order
     const uint8_t count = profile.u8();
-    for (uint8_t i = 0; i < count && profile.ok(); ++i) {
+    for (uint8_t i = 0; i < count && profile.good(); ++i) {
         const uint32_t tag = profile.u32();
-        const uint8_t length = profile.u8();
-        SectionReader component = profile.limit(length);
-        profile.skip(length);
+        ByteReader component = profile.part(profile.u8());
         if (tag == TAG_OBJECT_LOCATION) {
             ref.carouselId = component.u32();
             ref.moduleId = component.u16();
             component.skip(2);  // version 1.0
-            ref.objectKey = readString(component, component.u8());
-            located = component.ok();
+            ref.objectKey = component.text(component.u8());
+            located = component.good();
         } else if (tag == TAG_CONN_BINDER && component.u8() > 0) {
             component.skip(4);  // first tap: id, use
             ref.associationTag = component.u16();
@@ -59,37 +48,37 @@ void readLiteComponents(SectionReader profile, ObjectRef& ref, bool& located)
     }
 }
 
-bool readBindings(SectionReader body, BiopObject& object)
+bool readBindings(ByteReader body, BiopObject& object)
 {
     const uint16_t count = body.u16();
-    for (uint16_t i = 0; i < count && body.ok(); ++i) {
+    for (uint16_t i = 0; i < count && body.good(); ++i) {
         Binding binding;
         const uint8_t components = body.u8();
-        for (uint8_t c = 0; c < components && body.ok(); ++c) {
+        for (uint8_t c = 0; c < components && body.good(); ++c) {
             if (c > 0)
                 binding.name += '/';
-            binding.name += withoutZeros(readString(body, body.u8()));
+            binding.name += withoutZeros(body.text(body.u8()));
             body.skip(body.u8());  // the kind, which the reference repeats
         }
         body.skip(1);  // binding type
         if (!readObjectRef(body, binding.target))
             return false;
         body.skip(body.u16());  // object info
-        if (body.ok())
+        if (body.good())
             object.bindings.push_back(binding);
     }
-    return body.ok();
+    return body.good();
 }
 
 // The event names from the object info (after the stream's description, duration and the
 // three stream flags), the taps and the event ids from the body.
-bool readStreamEvent(SectionReader info, SectionReader body, StreamEventInfo& events)
+bool readStreamEvent(ByteReader info, ByteReader body, StreamEventInfo& events)
 {
     info.skip(info.u8());  // description
     info.skip(8 + 3);      // duration, audio, video, data
-    for (uint16_t count = info.u16(); count > 0 && info.ok(); --count)
-        events.names.push_back(withoutZeros(readString(info, info.u8())));
-    for (uint8_t taps = body.u8(); taps > 0 && body.ok(); --taps) {
+    for (uint16_t count = info.u16(); count > 0 && info.good(); --count)
+        events.names.push_back(withoutZeros(info.text(info.u8())));
+    for (uint8_t taps = body.u8(); taps > 0 && body.good(); --taps) {
         body.skip(2);  // id
         const uint16_t use = body.u16();
         const uint16_t tag = body.u16();
@@ -97,71 +86,67 @@ bool readStreamEvent(SectionReader info, SectionReader body, StreamEventInfo& ev
         if (use == STR_EVENT_USE || use == STR_EVENT_USE - 1)  // events, or status and events
             events.associationTags.push_back(tag);
     }
-    for (uint8_t count = body.u8(); count > 0 && body.ok(); --count)
+    for (uint8_t count = body.u8(); count > 0 && body.good(); --count)
         events.ids.push_back(body.u16());
-    return info.ok() && body.ok() && events.ids.size() == events.names.size();
+    return info.good() && body.good() && events.ids.size() == events.names.size();
 }
 
 } // namespace
 
-bool readObjectRef(SectionReader& in, ObjectRef& ref)
+bool readObjectRef(ByteReader& in, ObjectRef& ref)
 {
     const uint32_t typeLength = in.u32();
-    ref.kind = shortKind(readString(in, typeLength));
+    ref.kind = shortKind(in.text(typeLength));
     in.skip((4 - typeLength % 4) % 4);
     const uint32_t profiles = in.u32();
     bool located = false;
-    for (uint32_t i = 0; i < profiles && in.ok(); ++i) {
+    for (uint32_t i = 0; i < profiles && in.good(); ++i) {
         const uint32_t tag = in.u32();
-        const uint32_t length = in.u32();
-        if (tag == TAG_BIOP && in.canRead(length))
-            readLiteComponents(in.limit(length), ref, located);
-        in.skip(length);
+        ByteReader profile = in.part(in.u32());
+        if (tag == TAG_BIOP && in.good())
+            readLiteComponents(profile, ref, located);
     }
-    return in.ok() && located;
+    return in.good() && located;
 }
 
 bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects, std::string& error)
 {
-    SectionReader in(reinterpret_cast<const unsigned char*>(module.data()), module.size());
-    while (in.remaining() > 0) {
-        if (readString(in, 4) != "BIOP" || in.u8() != 1 || in.u8() != 0) {
+    ByteReader in(reinterpret_cast<const uint8_t*>(module.data()), module.size());
+    while (in.left() > 0) {
+        if (in.text(4) != "BIOP" || in.u8() != 1 || in.u8() != 0) {
             error = "no BIOP message where one should start";
             return false;
         }
         in.skip(2);  // byte order, message type
         const uint32_t size = in.u32();
-        if (!in.canRead(size)) {
+        if (size > in.left()) {
             error = "a BIOP message claims more bytes than its module holds";
             return false;
         }
-        SectionReader message = in.limit(size);
-        in.skip(size);
+        ByteReader message = in.part(size);
 
         BiopObject object;
-        object.objectKey = readString(message, message.u8());
-        object.kind = shortKind(readString(message, message.u32()));
-        const uint16_t infoLength = message.u16();
-        SectionReader info = message.limit(infoLength);
-        message.skip(infoLength);
-        for (uint8_t contexts = message.u8(); contexts > 0 && message.ok(); --contexts) {
+        object.objectKey = message.text(message.u8());
+        object.kind = shortKind(message.text(message.u32()));
+        ByteReader info = message.part(message.u16());
+        for (uint8_t contexts = message.u8(); contexts > 0 && message.good(); --contexts) {
             message.skip(4);
             message.skip(message.u16());
         }
         const uint32_t bodyLength = message.u32();
-        SectionReader body = message.limit(bodyLength);
-        if (!message.canRead(bodyLength)) {
+        if (bodyLength > message.left()) {
             error = "a BIOP message body runs past its message";
             return false;
         }
+        ByteReader body = message.part(bodyLength);
         bool fine = true;
         if (object.kind == "fil")
-            object.content = readString(body, body.u32());
+            object.content = body.text(body.u32());
         else if (object.kind == "srg" || object.kind == "dir")
             fine = readBindings(body, object);
         else if (object.kind == "ste")
             fine = readStreamEvent(info, body, object.events);
-        if (!fine || !body.ok() || !message.ok()) {
+        if (!fine || !body.good() || !message.good()) {
             error = "the " + object.kind + " object's lengths do not hold";
             return false;
         }

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "si/SectionReader.h"
+#include "ByteReader.h"
 
 namespace carousel {
 
@@ -51,7 +51,7 @@ struct BiopObject {
 };
 
 // Reads an IOR; false when it holds no BIOP profile with an object location.
-bool readObjectRef(TesmoHbbTV::SectionReader& in, ObjectRef& ref);
+bool readObjectRef(ByteReader& in, ObjectRef& ref);
 
 // Reads every BIOP message of a complete (and inflated) module. False with a reason at the
 // first message that does not hold; the objects before it are kept.

@@ -2,8 +2,6 @@
 
 #include "SectionBuilder.h"
 
-using TesmoHbbTV::SectionReader;
-
 namespace carousel {
 
 namespace {
@@ -11,66 +9,62 @@ namespace {
 const size_t SECTION_HEADER = 8;
 const size_t CRC_SIZE = 4;
 
-void readModuleInfo(SectionReader info, ModuleInfo& module)
+void readModuleInfo(ByteReader info, ModuleInfo& module)
 {
     info.skip(12);  // module and block time-outs, minimum block time
-    for (uint8_t taps = info.u8(); taps > 0 && info.ok(); --taps) {
+    for (uint8_t taps = info.u8(); taps > 0 && info.good(); --taps) {
         info.skip(6);
         info.skip(info.u8());
     }
-    SectionReader user = info.limit(info.u8());
-    while (user.remaining() >= 2) {
+    ByteReader user = info.part(info.u8());
+    while (user.left() >= 2) {
         const uint8_t tag = user.u8();
-        const uint8_t length = user.u8();
-        SectionReader body = user.limit(length);
-        user.skip(length);
+        ByteReader body = user.part(user.u8());
         if (tag == COMPRESSED_MODULE_DESCRIPTOR) {
             body.skip(1);  // compression method: zlib
             module.originalSize = body.u32();
-            module.compressed = body.ok();
+            module.compressed = body.good();
         }
     }
 }
 
-bool readInfoIndication(SectionReader in, DsmccMessage& message)
+bool readInfoIndication(ByteReader in, DsmccMessage& message)
 {
     in.skip(4);  // download id
     message.blockSize = in.u16();
     in.skip(10);  // window, ack period, download window and scenario
     in.skip(in.u16());  // compatibility descriptor
     const uint16_t count = in.u16();
-    for (uint16_t i = 0; i < count && in.ok(); ++i) {
+    for (uint16_t i = 0; i < count && in.good(); ++i) {
         ModuleInfo module;
         module.id = in.u16();
         module.size = in.u32();
         module.version = in.u8();
-        const uint8_t infoLength = in.u8();
-        readModuleInfo(in.limit(infoLength), module);
-        in.skip(infoLength);
+        readModuleInfo(in.part(in.u8()), module);
         message.modules.push_back(module);
     }
     message.kind = DsmccMessage::INFO_INDICATION;
-    return in.ok();
+    return in.good();
 }
 
-bool readServerInitiate(SectionReader in, DsmccMessage& message)
+bool readServerInitiate(ByteReader in, DsmccMessage& message)
 {
     in.skip(20);  // server id
     in.skip(in.u16());  // compatibility descriptor
-    SectionReader gatewayInfo = in.limit(in.u16());
+    ByteReader gatewayInfo = in.part(in.u16());
     message.kind = DsmccMessage::SERVER_INITIATE;
     return readObjectRef(gatewayInfo, message.gateway);
 }
 
-bool readDataBlock(SectionReader in, DsmccMessage& message)
+bool readDataBlock(ByteReader in, DsmccMessage& message)
 {
     message.moduleId = in.u16();
     message.moduleVersion = in.u8();
     in.skip(1);
     message.blockNumber = in.u16();
-    in.appendTo(message.blockData, in.remaining());
+    message.blockData = in.text(in.left());
     message.kind = DsmccMessage::DATA_BLOCK;
-    return in.ok();
+    return in.good();
 }
 
 } // namespace
@@ -86,7 +80,7 @@ bool parseDsmccSection(const uint8_t* section, size_t size, DsmccMessage& messag
         error = "a DSM-CC section whose length or CRC does not hold";
         return false;
     }
-    SectionReader in(section + SECTION_HEADER, size - SECTION_HEADER - CRC_SIZE);
+    ByteReader in(section + SECTION_HEADER, size - SECTION_HEADER - CRC_SIZE);
     const uint8_t protocol = in.u8();
     in.skip(1);  // dsmcc type
     const uint16_t messageId = in.u16();
@@ -95,11 +89,11 @@ bool parseDsmccSection(const uint8_t* section, size_t size, DsmccMessage& messag
     const uint8_t adaptationLength = in.u8();
     const uint16_t messageLength = in.u16();
     in.skip(adaptationLength);
-    if (protocol != PROTOCOL_DSMCC || !in.ok() || messageLength < adaptationLength) {
+    if (protocol != PROTOCOL_DSMCC || !in.good() || messageLength < adaptationLength) {
         error = "no DSM-CC message header";
         return false;
     }
-    SectionReader payload = in.limit(messageLength - adaptationLength);
+    ByteReader payload = in.part(messageLength - adaptationLength);
     bool read = false;
     if (section[0] == TABLE_DATA && messageId == DATA_BLOCK_ID)
         read = readDataBlock(payload, message);

@@ -2,20 +2,18 @@
 
 #include <cstdio>
 
+#include "ByteReader.h"
 #include "DvbText.h"
-#include "si/SectionReader.h"
-
-using namespace TesmoHbbTV;
 
 namespace {
 
-DecodedTransport readTransport(SectionReader body)
+DecodedTransport readTransport(ByteReader body)
 {
     DecodedTransport t;
     t.protocol = body.u16();
     t.label = body.u8();
     if (t.protocol == 1) {
-        t.remote = body.bits8(0, 0);
+        t.remote = body.u8() & 0x80;
         if (t.remote) {
             t.originalNetworkId = body.u16();
             t.transportStreamId = body.u16();
@@ -23,54 +21,46 @@ DecodedTransport readTransport(SectionReader body)
         }
         t.componentTag = body.u8();
     } else if (t.protocol == 3) {
-        body.appendTo(t.urlBase, body.u8());
+        t.urlBase = body.text(body.u8());
     }
     return t;
 }
 
-void readApplicationDescriptor(SectionReader body, DecodedApplication& app)
+void readApplicationDescriptor(ByteReader body, DecodedApplication& app)
 {
-    SectionReader profiles = body.limit(body.u8());
-    body = body.at(profiles.remaining());
-    while (profiles.remaining() >= 5)
+    ByteReader profiles = body.part(body.u8());
+    while (profiles.left() >= 5)
         app.profiles.push_back({profiles.u16(), profiles.u8(), profiles.u8(), profiles.u8()});
     const uint8_t flags = body.u8();
     app.serviceBound = flags & 0x80;
     app.visibility = (flags >> 5) & 3;
     app.priority = body.u8();
-    while (body.remaining() > 0)
+    while (body.left() > 0)
         app.labels.push_back(body.u8());
 }
 
-void readDescriptors(SectionReader loop, DecodedApplication& app, std::vector<DecodedTransport>& transports)
+void readDescriptors(ByteReader loop, DecodedApplication& app, std::vector<DecodedTransport>& transports)
 {
-    while (loop.ok() && loop.remaining() >= 2) {
+    while (loop.left() >= 2) {
         const uint8_t tag = loop.u8();
-        SectionReader body = loop.limit(loop.u8());
-        loop = loop.at(body.remaining());
+        ByteReader body = loop.part(loop.u8());
         switch (tag) {
         case 0x00:
             readApplicationDescriptor(body, app);
             break;
-        case 0x01: {
+        case 0x01:
             body.skip(3);
-            std::string name;
-            body.appendTo(name, body.u8());
-            app.name += dvbTextToUtf8(name);
+            app.name += dvbTextToUtf8(body.text(body.u8()));
             break;
-        }
         case 0x02:
             transports.push_back(readTransport(body));
             break;
         case 0x15:
-            body.appendTo(app.location, body.remaining());
+            app.location += body.text(body.left());
             break;
         case 0x17:
-            for (uint8_t count = body.u8(); count > 0 && body.ok(); --count) {
-                std::string extension;
-                body.appendTo(extension, body.u8());
-                app.boundaries.push_back(extension);
-            }
+            for (uint8_t count = body.u8(); count > 0 && body.good(); --count)
+                app.boundaries.push_back(body.text(body.u8()));
             break;
         default:
             break;
@@ -113,28 +103,25 @@ std::string controlCodeName(uint8_t code)
 DecodedAit decodeAit(const Bytes& section)
 {
     DecodedAit ait;
-    SectionReader in(section.data(), section.size() >= 4 ? section.size() - 4 : 0);
+    ByteReader in(section.data(), section.size() >= 4 ? section.size() - 4 : 0);
     if (in.u8() != 0x74)
         return ait;
     in.skip(2);
-    ait.applicationType = in.bits16(1, 15);
-    ait.version = in.bits8(2, 6);
+    ait.applicationType = in.u16() & 0x7FFF;
+    ait.version = (in.u8() >> 1) & 0x1F;
     ait.sectionNumber = in.u8();
     ait.lastSectionNumber = in.u8();
-    SectionReader common = in.limit(in.bits16(4, 15));
-    in = in.at(common.remaining());
-    ait.readable = in.ok();
+    const uint16_t commonLength = in.u16() & 0x0FFF;
+    ait.readable = in.good();
     DecodedApplication ignored;
-    readDescriptors(common, ignored, ait.commonTransports);
-    SectionReader loop = in.limit(in.bits16(4, 15));
-    while (loop.ok() && loop.remaining() >= 9) {
+    readDescriptors(in.part(commonLength), ignored, ait.commonTransports);
+    ByteReader loop = in.part(in.u16() & 0x0FFF);
+    while (loop.left() >= 9) {
         DecodedApplication app;
         app.organisationId = loop.u32();
         app.applicationId = loop.u16();
         app.controlCode = loop.u8();
-        SectionReader descriptors = loop.limit(loop.bits16(4, 15));
-        loop = loop.at(descriptors.remaining());
-        readDescriptors(descriptors, app, app.transports);
+        readDescriptors(loop.part(loop.u16() & 0x0FFF), app, app.transports);
         ait.applications.push_back(app);
     }
     return ait;

@@ -1,12 +1,18 @@
 #include "ServiceScanner.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
+
+extern "C" {
+#include <dvbpsi/dvbpsi.h>
+#include <dvbpsi/psi.h>
+#include <dvbpsi/descriptor.h>
+#include <dvbpsi/pmt.h>
+#include <dvbpsi/dr_52.h>
+}
 
 #include "SectionBuilder.h"
-#include "si/PMT.h"
-#include "si/SectionReader.h"
-
-using namespace TesmoHbbTV;
 
 namespace {
 
@@ -15,46 +21,97 @@ const uint8_t AIT_STREAM_TYPE = 0x05;
 const uint8_t CAROUSEL_STREAM_TYPE = 0x0B;
 const uint8_t STREAM_DESCRIPTORS_TYPE = 0x0C;
 const uint8_t DSMCC_SECTIONS_TYPE = 0x0D;
+const uint8_t STREAM_IDENTIFIER_TAG = 0x52;
 const uint8_t APPLICATION_SIGNALLING_TAG = 0x6F;
+const uint16_t NO_PCR = 0x1FFF;
 
-// The application types that the 0x6F descriptor of the stream on pid lists. The library's
-// PMT keeps only the descriptor's presence, so its body is read here.
-std::vector<uint16_t> applicationTypes(const Bytes& section, uint16_t pid)
+// An application_signalling_descriptor lists application types, each with an AIT version.
+void addApplicationTypes(const dvbpsi_descriptor_t& descriptor, std::vector<uint16_t>& types)
 {
-    std::vector<uint16_t> types;
-    SectionReader in(section.data(), section.size() >= 4 ? section.size() - 4 : 0);  // without the CRC
-    in.skip(10);
-    in.skip(in.bits16(6, 15));
-    while (in.ok() && in.remaining() >= 5) {
-        in.skip(1);
-        const uint16_t streamPid = in.bits16(3, 15);
-        SectionReader descriptors = in.limit(in.bits16(4, 15));
-        in = in.at(descriptors.remaining());
-        while (streamPid == pid && descriptors.remaining() >= 2) {
-            const uint8_t tag = descriptors.u8();
-            SectionReader body = descriptors.limit(descriptors.u8());
-            descriptors = descriptors.at(body.remaining());
-            while (tag == APPLICATION_SIGNALLING_TAG && body.remaining() >= 3) {
-                types.push_back(body.bits16(1, 15));
-                body.skip(1);
+    for (int at = 0; at + 3 <= descriptor.i_length; at += 3)
+        types.push_back(uint16_t((descriptor.p_data[at] & 0x7F) << 8 | descriptor.p_data[at + 1]));
+}
+
+void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
+{
+    for (dvbpsi_pmt_es_t* es = pmt.p_first_es; es; es = es->p_next) {
+        bool signalsApplications = false;
+        std::vector<uint16_t> types;
+        const dvbpsi_stream_identifier_dr_t* identifier = nullptr;
+        for (dvbpsi_descriptor_t* d = es->p_first_descriptor; d; d = d->p_next) {
+            if (d->i_tag == APPLICATION_SIGNALLING_TAG) {
+                signalsApplications = true;
+                addApplicationTypes(*d, types);
+            } else if (d->i_tag == STREAM_IDENTIFIER_TAG) {
+                if (const dvbpsi_stream_identifier_dr_t* decoded = dvbpsi_DecodeStreamIdentifierDr(d))
+                    identifier = decoded;
             }
         }
+        if (es->i_type == AIT_STREAM_TYPE && signalsApplications)
+            service.aitStreams.push_back({es->i_pid, types});
+        if (es->i_type == CAROUSEL_STREAM_TYPE && identifier)
+            service.carouselStreams.push_back({es->i_pid, identifier->i_component_tag});
+        if ((es->i_type == STREAM_DESCRIPTORS_TYPE || es->i_type == DSMCC_SECTIONS_TYPE) && identifier)
+            service.eventStreams.push_back({es->i_pid, identifier->i_component_tag});
+        if (tesmo_test::isAudioOrVideo(es->i_type))
+            service.avPids.push_back(es->i_pid);
     }
-    return types;
+    const uint16_t pcr = pmt.i_pcr_pid;
+    if (service.hasPicture() && pcr != NO_PCR && std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
+        service.avPids.push_back(pcr);
 }
 
-const Bytes* pmtOf(const std::vector<TimedSection>& sections, uint16_t program)
-{
-    for (const TimedSection& s : sections)
-        if (s.bytes.size() >= 12 && s.bytes[0] == 0x02 && (s.bytes[3] << 8 | s.bytes[4]) == program)
-            return &s.bytes;
-    return nullptr;
-}
+// A service's PMT, read by libdvbpsi's decoder from the packets of its PID. The first table
+// describes the service, as it would for a receiver tuning in.
+class PmtReader {
+public:
+    explicit PmtReader(Service& service) : service(service), handle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE))
+    {
+        handle->p_sys = this;
+        dvbpsi_pmt_attach(handle, service.serviceId, describe, this);
+        decode = handle->p_decoder->pf_gather;
+        handle->p_decoder->pf_gather = decodeIfSound;
+    }
+    ~PmtReader()
+    {
+        dvbpsi_pmt_detach(handle);
+        dvbpsi_delete(handle);
+    }
+    PmtReader(const PmtReader&) = delete;
+    PmtReader& operator=(const PmtReader&) = delete;
 
-uint16_t pcrPidOf(const Bytes& section)
-{
-    return section.size() >= 10 ? uint16_t((section[8] & 0x1F) << 8 | section[9]) : 0x1FFF;
-}
+    void push(uint8_t* packet)
+    {
+        if (!described && ((packet[1] & 0x1F) << 8 | packet[2]) == service.pmtPid)
+            dvbpsi_packet_push(handle, packet);
+    }
+
+private:
+    // The decoder takes program_info_length on trust, and reads past the section where it
+    // runs beyond: such a section goes no further.
+    static void decodeIfSound(dvbpsi_t* handle, dvbpsi_psi_section_t* section)
+    {
+        const uint8_t* payload = section->p_payload_start;
+        const ptrdiff_t size = section->p_payload_end - payload;
+        if (size >= 4 && 4 + ((payload[2] & 0x0F) << 8 | payload[3]) <= size)
+            static_cast<PmtReader*>(handle->p_sys)->decode(handle, section);
+        else
+            dvbpsi_DeletePSISections(section);
+    }
+    static void describe(void* self, dvbpsi_pmt_t* pmt)
+    {
+        auto* reader = static_cast<PmtReader*>(self);
+        if (!reader->described)
+            describeStreams(*pmt, reader->service);
+        reader->described = true;
+        dvbpsi_pmt_delete(pmt);
+    }
+
+    Service& service;
+    dvbpsi_t* handle;
+    dvbpsi_callback_gather_t decode = nullptr;
+    bool described = false;
+};
 
 } // namespace
 
@@ -84,10 +141,6 @@ const AitStream* Service::unlabelledStream() const
 
 std::vector<Service> scanServices(const TransportStream& stream)
 {
-    std::set<uint16_t> pmtPids;
-    for (const TransportStream::Program& program : stream.programs())
-        pmtPids.insert(program.pmtPid);
-    std::map<uint16_t, std::vector<TimedSection>> pmtSections = stream.sectionsOnPids(pmtPids);
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
         Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}};
@@ -96,25 +149,14 @@ std::vector<Service> scanServices(const TransportStream& stream)
             service.name = name->second.name;
             service.provider = name->second.provider;
         }
-        const std::vector<TimedSection>& sections = pmtSections[program.pmtPid];
-        if (const Bytes* section = pmtOf(sections, program.number)) {
-            PMT pmt(section->data());
-            for (const auto& es : pmt.getStreams()) {
-                if (es->getStreamType() == AIT_STREAM_TYPE && es->getApplicationSignallingDescriptor())
-                    service.aitStreams.push_back({es->getElementaryPID(), applicationTypes(*section, es->getElementaryPID())});
-                const auto* tag = es->getStreamIdentifierDescriptor();
-                if (es->getStreamType() == CAROUSEL_STREAM_TYPE && tag)
-                    service.carouselStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
-                if ((es->getStreamType() == STREAM_DESCRIPTORS_TYPE || es->getStreamType() == DSMCC_SECTIONS_TYPE) && tag)
-                    service.eventStreams.push_back({es->getElementaryPID(), tag->getComponentTag()});
-                if (tesmo_test::isAudioOrVideo(es->getStreamType()))
-                    service.avPids.push_back(es->getElementaryPID());
-            }
-            const uint16_t pcr = pcrPidOf(*section);
-            if (service.hasPicture() && pcr != 0x1FFF && std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
-                service.avPids.push_back(pcr);
-        }
         services.push_back(service);
     }
+    std::vector<std::unique_ptr<PmtReader>> readers;
+    for (Service& service : services)
+        readers.push_back(std::make_unique<PmtReader>(service));
+    stream.forEachPacket([&](uint8_t* packet, size_t) {
+        for (const auto& reader : readers)
+            reader->push(packet);
+    });
     return services;
 }

@@ -37,7 +37,7 @@ struct Service {
     const AitStream* unlabelledStream() const;
 };
 
-// The services of a stream, from its PAT, PMTs (read with the library's PMT) and SDT.
+// The services of a stream, from its PAT, PMTs and SDT (all read with libdvbpsi).
 std::vector<Service> scanServices(const TransportStream& stream);
 
 #endif
