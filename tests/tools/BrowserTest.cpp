@@ -364,9 +364,10 @@ TEST_F(BrowserTest, BroadbandNotFoundFailsOverToTheCarouselWhichDrawsTheBanner)
 TEST_F(BrowserTest, SampleMenuLaunchesTheSecondApplication)
 {
     const std::string shot = dir + "/catalogue.png";
-    const std::string out = browse(capture("app/") + " --exit-after 160 --key RED@60 --key DOWN@70 --key ENTER@80" +
+    // The keys come late enough for a loaded machine to have shown the page.
+    const std::string out = browse(capture("app/") + " --exit-after 200 --key RED@100 --key DOWN@110 --key ENTER@120" +
                                    " --eval \"document.getElementById('origin').textContent\"@50" +
-                                   " --eval document.title@140 --screenshot " + shot + "@140");
+                                   " --eval document.title@180 --screenshot " + shot + "@180");
     EXPECT_NE(out.find("\"Served over broadband.\""), std::string::npos) << out;
     EXPECT_NE(out.find("key RED delivered to the application"), std::string::npos) << out;
     EXPECT_NE(out.find(",\"dvb://current.ait/10.2\",false]: "), std::string::npos) << out;
@@ -742,7 +743,8 @@ TEST_F(BrowserTest, EveryBroadbandFaultFailsOverToTheCarousel)
             continue;
         }
         const std::string page = c.base + "index.html";
-        const std::string out = browse(captureAt(c.base) + " --load-timeout 1 --exit-after 100");
+        // Time for the carousel's page after the bound, on a loaded machine too.
+        const std::string out = browse(captureAt(c.base) + " --load-timeout 1 --exit-after 150");
         const std::string line = c.first + page + " in browser window #1" + c.last;
         const size_t at = out.find(line);
         EXPECT_NE(at, std::string::npos) << out;

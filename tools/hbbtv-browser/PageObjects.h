@@ -2,23 +2,43 @@
 #define TESMO_BROWSER_PAGEOBJECTS_H
 
 #include <map>
+#include <memory>
 #include <string>
+#include <vector>
 
-#include "objects/PageObject.h"
+#include "objects/ObjectRegistry.h"
 
-// Routes a page's "Object.method" calls to the object that has the method. Each object
-// keeps its own method table; this only looks up the object's name.
+// The registry's page objects, and the one way a page's call reaches one: the method looked
+// up by its name, the arguments checked against its signature, the reply put in its envelope
+// and recorded (and told, unless the method is a quiet one). The TV's happenings reach every
+// object from here.
 class PageObjects {
 public:
-    PageObjects();
-    // Methods of objects that hold state of the core (the broadcast picture, the page's
-    // paint); the table must outlive this.
-    void add(const PageMethods& methods);
-    // The answer as JSON text: null for a method that does not exist.
-    std::string call(const PageContext& page, const std::string& name, const std::string& argumentsJson) const;
+    explicit PageObjects(const ObjectParts& parts);
+    PageObjects(const PageObjects&) = delete;
+    PageObjects& operator=(const PageObjects&) = delete;
+
+    // The reply envelope as JSON text.
+    std::string call(const PageContext& page, const std::string& name, const std::string& argumentsJson);
+    // The envelope of a call that reaches no page object.
+    static std::string unanswered(const std::string& why);
+
+    void started();
+    void channelChanged(const Channel& channel);
+    void tableCompleted();
+    void applicationEvent(const std::string& name, uint32_t applicationId);
+    void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
+                     const std::string& status);
 
 private:
-    std::map<std::string, const PageMethods*> objects;  // by object name; the tables are static
+    Reply answer(const PageContext& page, const PageObject::Method* method, const std::string& name,
+                 const std::string& argumentsJson) const;
+    void tell(const PageContext& page, const PageObject::Method* method, const std::string& name,
+              const std::string& arguments, const Reply& reply);
+
+    std::vector<std::unique_ptr<PageObject>> objects;
+    std::map<std::string, const PageObject::Method*> methods;
+    ObjectServices& services;
 };
 
 #endif

@@ -10,7 +10,6 @@
 #include <string>
 #include <utility>
 
-#include "TvPlatform.h"
 
 namespace {
 
@@ -65,15 +64,15 @@ bool due(const TimedText& item, uint64_t now, bool settled, uint64_t patience)
 
 } // namespace
 
-TickLoop::TickLoop(const Options& options, Timeline& timeline, WebKitCore& core, TvScreen& screen, GMainLoop* loop)
-    : options(options), out(timeline), core(core), screen(screen), loop(loop), screenshots(options.screenshots),
+TickLoop::TickLoop(const Options& options, Timeline& timeline, TvPlatform& tv, WebKitCore& core, TvScreen& screen,
+                   GMainLoop* loop)
+    : options(options), out(timeline), tv(tv), core(core), screen(screen), loop(loop), screenshots(options.screenshots),
       evaluations(options.evaluations)
 {
 }
 
 gboolean TickLoop::step()
 {
-    TvPlatform& tv = TvPlatform::get();
     const uint64_t now = tv.currentTick();
     if (!waiting)
         takeDue(now, !core.busy());

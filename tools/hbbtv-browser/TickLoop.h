@@ -7,6 +7,7 @@
 
 #include "Options.h"
 #include "Timeline.h"
+#include "TvPlatform.h"
 #include "TvScreen.h"
 #include "WebKitCore.h"
 
@@ -15,7 +16,7 @@
 // pages have settled after that tick. Quits the main loop after --exit-after.
 class TickLoop {
 public:
-    TickLoop(const Options& options, Timeline& timeline, WebKitCore& core, TvScreen& screen, GMainLoop* loop);
+    TickLoop(const Options& options, Timeline& timeline, TvPlatform& tv, WebKitCore& core, TvScreen& screen, GMainLoop* loop);
 
     // The timer's callback, with the loop as data.
     static gboolean tick(gpointer self) { return static_cast<TickLoop*>(self)->step(); }
@@ -31,6 +32,7 @@ private:
 
     const Options& options;
     Timeline& out;
+    TvPlatform& tv;
     WebKitCore& core;
     TvScreen& screen;
     GMainLoop* loop;

@@ -2,43 +2,19 @@
 
 #include <set>
 
+#include "ChannelList.h"
 #include "RemoteKeys.h"
-#include "objects/StreamEventsObject.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
 
-// Calls a page makes to ask, which the timeline does not tell.
-bool isQuestion(const std::string& name)
+// The scripts every page gets, by name, in the order they run; the extension holds them.
+GVariant* scriptNames()
 {
-    static const std::set<std::string> questions = {"ApplicationManager.getOwnerApplication", "KeySet.value",
-                                                    "KeySet.maximumValue", "PrivateData.getFreeMem",
-                                                    "PrivateData.currentChannel", "Keys.table", "ChannelConfig.channelList",
-                                                    "Requests.vet", "Page.painted", "Page.debug",
-                                                    "Terminal.configuration", "Terminal.capabilities",
-                                                    "AvControl.changed", "Page.loadTimeout"};
-    return questions.count(name) != 0;
-}
-
-// The page objects' scripts, the bridge first, each with the URI its errors name.
-GVariant* pageScripts(const std::string& directory)
-{
-    static const char* const files[] = {"bridge.js",         "keys.js",          "video-broadcast.js", "application-manager.js",
-                                        "configuration.js",  "capabilities.js",  "parental-control.js",
-                                        "object-factory.js", "stream-events.js", "dash-player.js",
-                                        "av-control.js",      "request-bounds.js", "page.js"};
     GVariantBuilder builder;
-    g_variant_builder_init(&builder, G_VARIANT_TYPE("a(ss)"));
-    for (const char* file : files) {
-        const std::string path = directory + "/" + file;
-        char* source = nullptr;
-        if (!g_file_get_contents(path.c_str(), &source, nullptr, nullptr))
-            g_warning("the page script %s is missing", path.c_str());
-        char* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
-        g_variant_builder_add(&builder, "(ss)", uri ? uri : path.c_str(), source ? source : "(function () {})");
-        g_free(uri);
-        g_free(source);
-    }
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("as"));
+    for (const std::string& name : pageScripts())
+        g_variant_builder_add(&builder, "s", name.c_str());
     return g_variant_builder_end(&builder);
 }
 
@@ -65,26 +41,14 @@ bool sandboxRuns()
 } // namespace
 
 WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures, const std::string& extensionDirectory,
-                       const std::string& scriptDirectory, const Options& options)
-    : screen(tvScreen), pictures(broadcastPictures), filter(options.refusedRequests),
-      loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs)), videoBroadcast(tvScreen, broadcastPictures),
-      avControl([this](const PageContext& page, const std::string& line) { out->say(line + " (" + windowName(page.window) + ")"); })
+                       ChannelControl& tuner, const RequestPolicy& policy, const Options& options)
+    : screen(tvScreen), pictures(broadcastPictures), filter(policy.patterns()),
+      loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs))
 {
     channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
         return pageCall(page, name, arguments);
     });
-    coreMethods = {
-        {"Page.painted", [this](const PageContext& page, const Arguments&) { return painted(page); }},
-        // The bound the page's media and requests keep, as the core keeps it for its loads.
-        {"Page.loadTimeout", [this](const PageContext&, const Arguments&) { return reply::number(double(loadTimeout.count())); }},
-        {"Page.debug", [this](const PageContext& page, const Arguments& args) {
-             out->say("the page in " + windowName(page.window) + " says: " + args.text(0));
-             return reply::null();
-         }},
-    };
-    objects.add(coreMethods);
-    objects.add(videoBroadcast.methods());
-    objects.add(avControl.methods());
+    objects = std::make_unique<PageObjects>(ObjectParts{*this, tuner, options, policy, tvScreen, broadcastPictures});
     WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(memory, options.pageMemoryMb);
     // Past the limit the process is killed, as a TV must rather than swap; checked each second.
@@ -99,7 +63,7 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
         webkit_web_context_add_path_to_sandbox(context, channel->socketDirectory().c_str(), FALSE);
     }
     webkit_web_context_set_web_extensions_initialization_user_data(
-        context, g_variant_new("(s@a(ss))", channel->address().c_str(), pageScripts(scriptDirectory)));
+        context, g_variant_new("(s@as)", channel->address().c_str(), scriptNames()));
     auto windowOfView = [this](WebKitWebView* webView) -> DAXO_TesmoWindow* {
         PageView* view = viewOf(webView);
         return view ? view->window() : nullptr;
@@ -438,54 +402,57 @@ std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const 
 {
     // The TV's own picture asks only for the broadcast's stream.
     if (pageId == picture->pageId())
-        return name == "Requests.vet" ? "true" : "null";
-    PageView* view = nullptr;
-    for (auto& entry : views)
-        if (entry.second->pageId() == pageId)
-            view = entry.second.get();
-    if (!view)
-        return "null";
-    const std::string answer = objects.call({view->window(), handleOf(view->window()), view->uri(), &view->applications}, name, arguments);
-    describeCall(*view, name, arguments, answer);
-    return answer;
+        return name == "Requests.vet" ? Reply(reply::boolean(true)).json() : PageObjects::unanswered("the TV's own view");
+    for (auto& entry : views) {
+        PageView& view = *entry.second;
+        if (view.pageId() == pageId)
+            return objects->call({view.window(), handleOf(view.window()), view.uri(), &view.applications}, name, arguments);
+    }
+    return PageObjects::unanswered("the page has no browser window");
 }
 
-void WebKitCore::describeCall(const PageView& view, const std::string& name, const std::string& arguments,
-                              const std::string& answer)
+void WebKitCore::started()
 {
-    if (name == "Page.painted" || name == "Page.debug")
-        return;
-    out->record(JsonLine().field("page_call", name).field("arguments", arguments).field("answer", answer));
-    if (name == "Requests.vet" && answer == "false")
-        out->say("the page's request for " + (arguments.size() >= 4 ? arguments.substr(2, arguments.size() - 4) : arguments) +
-                 " is refused");
-    else if (!isQuestion(name))
-        out->say("the page calls " + name + " " + arguments + ": " + answer + " (" + windowName(view.window()) + ")");
+    objects->started();
 }
 
-// The first paint is measured from the AIT that the library completed first (from the start
-// for a page the platform starts itself).
 void WebKitCore::tableCompleted()
 {
-    if (!tableSeen && !firstPaintSeen)
-        startClock();
-    tableSeen = true;
+    objects->tableCompleted();
 }
 
-JsonNode* WebKitCore::painted(const PageContext& page)
+void WebKitCore::say(const std::string& line)
 {
-    if (!firstPaintSeen) {
-        firstPaintSeen = true;
-        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
-        out->say("first paint in " + windowName(page.window) + ": " + std::to_string(ms.count()) + " ms after " +
-                 (tableSeen ? "the AIT was complete" : "the start"));
-    }
-    return reply::null();
+    out->say(line);
 }
 
-void WebKitCore::toPage(const PageView& view, const std::string& name, const std::string& payloadJson)
+void WebKitCore::record(JsonLine line)
 {
-    channel->emitEvent(view.pageId(), name, payloadJson);
+    out->record(std::move(line));
+}
+
+std::string WebKitCore::where(const PageContext& page) const
+{
+    return windowName(page.window);
+}
+
+void WebKitCore::toPage(long handle, const std::string& event, JsonNode* payload)
+{
+    char* json = json_to_string(payload, FALSE);
+    auto found = views.find(windowNumbered(handle));
+    if (found != views.end())
+        channel->emitEvent(found->second->pageId(), event, json);
+    g_free(json);
+    json_node_unref(payload);
+}
+
+void WebKitCore::toEveryPage(const std::string& event, JsonNode* payload)
+{
+    char* json = json_to_string(payload, FALSE);
+    for (auto& entry : views)
+        channel->emitEvent(entry.second->pageId(), event, json);
+    g_free(json);
+    json_node_unref(payload);
 }
 
 // A key the library admitted goes into the page as the engine's own input, so that the page
@@ -498,44 +465,25 @@ void WebKitCore::keyEvent(int action, DAXO_KEY_SYM key)
         found->second->sendKey(action == 0, remote->engineKeyval);
 }
 
-// A stream event goes to the page whose listener subscribed it.
 void WebKitCore::streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
                              const std::string& status)
 {
-    auto found = views.find(windowNumbered(StreamEventsObject::pageOf(listener)));
-    if (found == views.end())
-        return;
-    JsonObject* event = json_object_new();
-    json_object_set_int_member(event, "listener", StreamEventsObject::numberOf(listener));
-    json_object_set_string_member(event, "name", name.c_str());
-    json_object_set_string_member(event, "data", data.c_str());
-    json_object_set_string_member(event, "text", text.c_str());
-    json_object_set_string_member(event, "status", status.c_str());
-    JsonNode* node = reply::object(event);
-    char* json = json_to_string(node, FALSE);
-    toPage(*found->second, "StreamEvents.event", json);
-    g_free(json);
-    json_node_unref(node);
+    objects->streamEvent(listener, name, data, text, status);
 }
 
-// Every page's video/broadcast objects follow the TV to the new service.
+// The TV's picture and its service name follow it to the new service, as the pages' objects do.
 void WebKitCore::channelChanged(const Channel& channel)
 {
     picture->setSource(pictures.urlOf(channel.serviceId));
     screen.setServiceName(channel.name);
-    JsonNode* json = VideoBroadcastObject::channelJson(channel);
-    char* text = json_to_string(json, FALSE);
-    for (auto& entry : views)
-        toPage(*entry.second, "VideoBroadcast.channelChanged", text);
-    g_free(text);
-    json_node_unref(json);
+    objects->channelChanged(channel);
 }
 
 void WebKitCore::applicationEvent(const char* name, uint32_t applicationId)
 {
-    for (auto& entry : views)
-        toPage(*entry.second, std::string("ApplicationManager.") + name, std::to_string(applicationId));
+    objects->applicationEvent(name, applicationId);
 }
+
 void WebKitCore::evaluate(const std::string& script, std::function<void(const std::string&)> done)
 {
     auto found = views.find(activeWindow());

@@ -22,24 +22,24 @@
 #include "ScriptChannel.h"
 #include "TvScreen.h"
 #include "XmlAit.h"
-#include "objects/AvControlObject.h"
-#include "objects/VideoBroadcastObject.h"
+#include "RequestPolicy.h"
+#include "objects/PageObject.h"
 
 // The browser core on WebKitGTK: a web view (PageView) for each browser window the platform
 // grants, stacked on the TV screen. Pages load for real; what WebKit says about them (finished with
 // an HTTP status, failed, closed by script, an XML AIT received) goes to the library as the
 // browser core's notifications, from the tick loop. dvb: is a URI scheme of its own
 // (DvbScheme), XML AITs and pages of HbbTV's type come through downloads (PageDownloads),
-// and the pages' HbbTV objects live in the web-process extension and reach the library
-// through the script channel.
-class WebKitCore : public BrowserCore {
+// and the pages' HbbTV objects live in the web-process extension and reach their sides in
+// the TV (PageObjects) through the script channel.
+class WebKitCore : public BrowserCore, public ObjectServices {
 public:
-    // The extension's directory, and the directory of the page objects' scripts. From the
-    // options: each page's web process is stopped above its memory limit, a load that receives
-    // nothing for the load timeout has failed, and the platform refuses pages' requests for
-    // URLs that match the refused patterns. The broadcast's audio and video come from pictures.
-    WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory,
-               const std::string& scriptDirectory, const Options& options);
+    // The extension's directory. From the options: each page's web process is stopped above
+    // its memory limit, and a load that receives nothing for the load timeout has failed. The
+    // engine's filter keeps the platform's policy; the broadcast's audio and video come from
+    // pictures; the page objects tune through the tuner.
+    WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory, ChannelControl& tuner,
+               const RequestPolicy& policy, const Options& options);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -56,9 +56,15 @@ public:
     void evaluate(const std::string& script, std::function<void(const std::string&)> done);
     // Whether pages run in WebKit's web-process sandbox (where the system can run it).
     bool isSandboxed() const { return sandboxed; }
-    // Sets the clock from which the first paint is measured: the start, until the first AIT
-    // is complete.
-    void startClock() { clockStart = std::chrono::steady_clock::now(); }
+    // The TV has started: the first paint is measured from here, until the first AIT is complete.
+    void started();
+
+    // ---- what the page objects get
+    void say(const std::string& line) override;
+    void record(JsonLine line) override;
+    std::string where(const PageContext& page) const override;
+    void toPage(long handle, const std::string& event, JsonNode* payload) override;
+    void toEveryPage(const std::string& event, JsonNode* payload) override;
 
 private:
     struct LateReport {
@@ -79,10 +85,7 @@ private:
 
     std::unique_ptr<PageView> newView(DAXO_TesmoWindow* window);
     std::string pageCall(guint64 pageId, const std::string& name, const std::string& argumentsJson);
-    void describeCall(const PageView& view, const std::string& name, const std::string& arguments, const std::string& answer);
-    JsonNode* painted(const PageContext& page);
     PageView* viewOf(WebKitWebView* webView);
-    void toPage(const PageView& view, const std::string& name, const std::string& payloadJson);
 
     // WebKit's signals
     static void loadChanged(WebKitWebView* webView, WebKitLoadEvent event, gpointer self);
@@ -106,10 +109,7 @@ private:
     RequestFilter filter;
     std::chrono::milliseconds loadTimeout;
     std::unique_ptr<ScriptChannel> channel;
-    PageObjects objects;
-    PageMethods coreMethods;
-    VideoBroadcastObject videoBroadcast;
-    AvControlObject avControl;
+    std::unique_ptr<PageObjects> objects;
     std::map<DAXO_TesmoWindow*, std::unique_ptr<PageView>> views;
     std::unique_ptr<PageView> spare;  // a web process ready for the first window
     std::unique_ptr<PictureView> picture;
@@ -118,9 +118,6 @@ private:
     std::vector<LateReport> lateReports;  // loads the rules answer, at the next tick
     std::vector<std::unique_ptr<XmlAit>> xmlAits;  // the core keeps what it handed over
     std::string userAgentExtension;
-    std::chrono::steady_clock::time_point clockStart;
-    bool firstPaintSeen = false;
-    bool tableSeen = false;
     bool sandboxed = false;
 };
 

@@ -14,6 +14,7 @@
 #include "BroadcastPicture.h"
 #include "Options.h"
 #include "RemoteKeys.h"
+#include "RequestPolicy.h"
 #include "Timeline.h"
 #include "TickLoop.h"
 #include "TvPlatform.h"
@@ -72,7 +73,9 @@ int main(int argc, char** argv)
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
         BroadcastPicture pictures(broadcast.capture(), broadcast.allServices());
-        WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, TESMO_BROWSER_SCRIPT_DIR, options);
+        const RequestPolicy policy(options.refusedRequests);
+        TvPlatform& tv = TvPlatform::get();
+        WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, tv, policy, options);
         theCore = &core;
         if (!core.isSandboxed())
             timeline.say("pages run without WebKit's sandbox: bubblewrap cannot run here");
@@ -81,16 +84,15 @@ int main(int argc, char** argv)
         });
         native_ApplicationManagerSetAppDestroyedListener([](uint32_t id) { theCore->applicationEvent("destroyed", id); });
 
-        TvPlatform& tv = TvPlatform::get();
-        tv.configure(options, timeline, core);
+        tv.configure(options, timeline, core, policy);
         tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections), std::move(broadcast.eventSections)},
              broadcast.ids,
                  std::move(broadcast.script));
         tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
         if (broadcast.channel)
             core.channelChanged(*broadcast.channel);
-        core.startClock();
-        TickLoop ticks(options, timeline, core, screen, loop);
+        core.started();
+        TickLoop ticks(options, timeline, tv, core, screen, loop);
         g_timeout_add(guint(options.tickMs), TickLoop::tick, &ticks);
         g_main_loop_run(loop);
         tv.stop();

@@ -5,6 +5,7 @@
 
 #include "Broadcast.h"
 #include "Options.h"
+#include "RequestPolicy.h"
 #include "SimulatedCore.h"
 #include "Timeline.h"
 #include "TvPlatform.h"
@@ -19,8 +20,9 @@ int main(int argc, char** argv)
 
     Timeline timeline(stdout, options.json);
     SimulatedCore core;
+    const RequestPolicy policy(options.refusedRequests);
     TvPlatform& tv = TvPlatform::get();
-    tv.configure(options, timeline, core);
+    tv.configure(options, timeline, core, policy);
     tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections), std::move(broadcast.eventSections)},
              broadcast.ids,
              std::move(broadcast.script));

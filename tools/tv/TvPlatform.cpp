@@ -20,13 +20,13 @@ TvPlatform& TvPlatform::get()
     return platform;
 }
 
-void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore& browserCore)
+void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore& browserCore, const RequestPolicy& requests)
 {
     options = &opts;
     out = &timeline;
     core = &browserCore;
     rules = std::make_unique<LoadRules>(opts);
-    policy = std::make_unique<RequestPolicy>(opts.refusedRequests);
+    policy = &requests;
     auto post = [this](HBBTV_EventType type, HBBTV_EventData* data) { postEvent(type, data); };
     ait = std::make_unique<AitFeed>(timeline, opts.sectionInterval, post);
     files = std::make_unique<CarouselFiles>(timeline, opts, post);

@@ -12,6 +12,7 @@
 #include "AitFeed.h"
 #include "BrowserCore.h"
 #include "CarouselFiles.h"
+#include "ChannelControl.h"
 #include "ChannelList.h"
 #include "LoadRules.h"
 #include "NotificationLog.h"
@@ -28,7 +29,7 @@
 // enters services (their AIT, carousel and stream events arrive), answers the library's
 // notifications (granting the browser core's windows), presses keys and plays the script.
 // Each job is a part of its own: AitFeed, CarouselFiles, ScriptRunner, NotificationLog.
-class TvPlatform {
+class TvPlatform : public ChannelControl {
 public:
     using ServiceIds = AitFeed::ServiceIds;
     // What the tuner delivers of a service: its AIT, object-carousel and stream-event sections.
@@ -42,21 +43,21 @@ public:
     // The one platform the library's C functions reach.
     static TvPlatform& get();
 
-    void configure(const Options& options, Timeline& timeline, BrowserCore& core);
+    // The policy answers the library's request notifications.
+    void configure(const Options& options, Timeline& timeline, BrowserCore& core, const RequestPolicy& policy);
     BrowserCore& browserCore() { return *core; }
     // What the TV was configured with: the announced version and profiles, its names.
     const Options& settings() const { return *options; }
-    const RequestPolicy& requestPolicy() const { return *policy; }
 
     // Starts the library, tells it what the platform knows from the start, and enters the
     // first service.
     void start(Tuned first, const ServiceIds& ids, std::vector<ScriptAction> script);
     // The channel played first and how to reach the others (none without a capture).
     void setChannels(const Channel* current, Tuner tuner);
-    const Channel* currentChannel() const { return channel; }
+    const Channel* currentChannel() const override { return channel; }
     // Tunes to another channel of the list at the next tick, as a TV's tuner does: the
     // service is left, and the new one's AIT and carousel arrive. False without a tuner.
-    bool requestTune(const Channel* channel);
+    bool requestTune(const Channel* channel) override;
     // One tick: what is due, then tesmo_hbbtv_tick.
     void step();
     // Everything scheduled is done and nothing has happened for a while.
@@ -100,7 +101,7 @@ private:
     Timeline* out = nullptr;
     BrowserCore* core = nullptr;
     std::unique_ptr<LoadRules> rules;
-    std::unique_ptr<RequestPolicy> policy;
+    const RequestPolicy* policy = nullptr;
     std::unique_ptr<AitFeed> ait;
     std::unique_ptr<CarouselFiles> files;
     std::unique_ptr<ScriptRunner> runner;

@@ -2,8 +2,9 @@
 // for each page's main frame it runs the bridge script with a native function that carries
 // calls to the TV's main process over a D-Bus peer connection (blocking until the answer
 // comes, as a TV's script bindings do), then each object script with what the bridge
-// returns. Calls and events cross as JSON and become JavaScript values; nothing of the
-// bridge is a page global. Every request the page's engine makes, from any frame or worker
+// returns. The scripts are built into this module (a GResource); the TV names them in the
+// order they run. Calls and events cross as JSON and become JavaScript values; nothing of
+// the bridge is a page global. Every request the page's engine makes, from any frame or worker
 // and at each redirect, is put to the TV here before it leaves. The answer is asked each time:
 // what a page may request changes with the application in its window, which only the TV knows.
 
@@ -20,6 +21,9 @@ namespace {
 const char* const OBJECT_PATH = "/tv/tesmo/Browser";
 const char* const INTERFACE = "tv.tesmo.Browser";
 const int CALL_TIMEOUT_MS = 5000;
+const char* const SCRIPTS = "/tv/tesmo/js/";
+// What the TV answers a request it lets go.
+const char* const YES = "{\"value\":true}";
 
 struct Script {
     std::string uri;
@@ -145,7 +149,7 @@ bool allowed(guint64 pageId, const std::string& url)
     const char* answer = nullptr;
     if (reply)
         g_variant_get(reply, "(&s)", &answer);
-    const bool allow = g_strcmp0(answer, "true") == 0;
+    const bool allow = g_strcmp0(answer, YES) == 0;
     if (reply)
         g_variant_unref(reply);
     return allow;
@@ -218,19 +222,37 @@ void connectToTv(const char* address)
                                        G_DBUS_SIGNAL_FLAGS_NONE, onEvent, nullptr, nullptr);
 }
 
+// A script built into this module, with the URI its errors name; empty when there is none.
+Script builtIn(const char* name)
+{
+    const std::string path = std::string(SCRIPTS) + name;
+    GBytes* bytes = g_resources_lookup_data(path.c_str(), G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr);
+    if (!bytes) {
+        g_warning("no page script %s", name);
+        return {};
+    }
+    gsize size = 0;
+    const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
+    Script script{"resource://" + path, std::string(data, size)};
+    g_bytes_unref(bytes);
+    return script;
+}
+
 } // namespace
 
-// The TV hands over (address of its D-Bus server, [(script URI, source)], bridge first).
+// The TV hands over (address of its D-Bus server, [script name], the bridge first).
 extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
                                                                                const GVariant* userData)
 {
     const char* address = nullptr;
     GVariantIter* iter = nullptr;
-    g_variant_get(const_cast<GVariant*>(userData), "(&sa(ss))", &address, &iter);
-    const char* uri = nullptr;
-    const char* source = nullptr;
-    while (g_variant_iter_next(iter, "(&s&s)", &uri, &source))
-        scripts.push_back({uri, source});
+    g_variant_get(const_cast<GVariant*>(userData), "(&sas)", &address, &iter);
+    const char* name = nullptr;
+    while (g_variant_iter_next(iter, "&s", &name)) {
+        Script script = builtIn(name);
+        if (!script.uri.empty())
+            scripts.push_back(std::move(script));
+    }
     g_variant_iter_free(iter);
     connectToTv(address);
     g_signal_connect(extension, "page-created", G_CALLBACK(onPageCreated), nullptr);

@@ -3,29 +3,20 @@
 (function (tv) {
     'use strict';
     var MANAGER_TYPE = 'application/oipfApplicationManager';
-    var GONE = 3;
 
     var KEYSET = {
         RED: 0x1, GREEN: 0x2, YELLOW: 0x4, BLUE: 0x8, NAVIGATION: 0x10, VCR: 0x20, SCROLL: 0x40,
         INFO: 0x80, NUMERIC: 0x100, ALPHA: 0x200, OTHER: 0x400
     };
 
-    // A call on an application the library no longer knows is an error of the page.
-    function checked(method, id, value) {
-        var answer = tv.call(method, id, value);
-        if (answer === GONE || (answer && answer.result === GONE))
-            throw new Error(method + ': the application is gone');
-        return answer;
-    }
-
     function KeySet(id) {
         this.setValue = function (value) {
             if (typeof value !== 'number')
                 throw new TypeError('KeySet.setValue takes a number');
-            return checked('KeySet.setValue', id, value).value;
+            return tv.call('KeySet.setValue', id, value);
         };
-        Object.defineProperty(this, 'value', { get: function () { return checked('KeySet.value', id).value; } });
-        Object.defineProperty(this, 'maximumValue', { get: function () { return tv.call('KeySet.maximumValue', id).value; } });
+        Object.defineProperty(this, 'value', { get: function () { return tv.call('KeySet.value', id); } });
+        Object.defineProperty(this, 'maximumValue', { get: function () { return tv.call('KeySet.maximumValue', id); } });
         for (var name in KEYSET)
             Object.defineProperty(this, name, { value: KEYSET[name] });
     }
@@ -44,9 +35,10 @@
         Object.defineProperty(this, 'id', { value: id });
         this.privateData = new PrivateData(id);
     }
-    Application.prototype.show = function () { checked('Application.show', this.id); return true; };
-    Application.prototype.hide = function () { checked('Application.hide', this.id); return true; };
-    Application.prototype.destroyApplication = function () { checked('Application.destroyApplication', this.id); };
+    // A call on an application the library no longer knows throws (InvalidStateError).
+    Application.prototype.show = function () { tv.call('Application.show', this.id); return true; };
+    Application.prototype.hide = function () { tv.call('Application.hide', this.id); return true; };
+    Application.prototype.destroyApplication = function () { tv.call('Application.destroyApplication', this.id); };
     Application.prototype.createApplication = function (uri, createChild) {
         if (typeof uri !== 'string')
             throw new TypeError('Application.createApplication takes a URI');

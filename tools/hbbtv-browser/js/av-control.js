@@ -27,10 +27,11 @@
         return state.media ? Math.round(state.media.currentTime * 1000) : 0;
     }
 
-    function report(object, state, what) {
+    // target: where a seek goes, else where the media is.
+    function report(object, state, what, target) {
         tv.call('AvControl.changed', { data: String(object.data || ''), what: what, playState: state.playState,
-                                       error: state.error === undefined ? null : state.error, position: position(state),
-                                       speed: state.speed });
+                                       error: state.error === undefined ? null : state.error,
+                                       position: target === undefined ? position(state) : target, speed: state.speed });
     }
 
     function setPlayState(object, playState, error) {
@@ -252,7 +253,7 @@
         if (!state.media || isNaN(target) || target < 0 || state.playState === STOPPED || state.playState === ERROR)
             return false;
         state.media.currentTime = target / 1000;
-        report(this, state, 'seek ' + Math.round(target));
+        report(this, state, 'seek', Math.round(target));
         return true;
     });
     // Full screen covers the screen; back from it, the object is where the page had put it.

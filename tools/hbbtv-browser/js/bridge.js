@@ -28,14 +28,26 @@
         members[name][type.toLowerCase()] = definition;
     }
 
+    // The TV's error as the page's: a TypeError, or a DOMException of the name, with HbbTV's
+    // code where it gives one.
+    function thrown(error) {
+        var made = error.name === 'TypeError' ? new TypeError(error.message) : new DOMException(error.message, error.name);
+        if (error.code !== undefined)
+            Object.defineProperty(made, 'code', { value: error.code });
+        return made;
+    }
+
     return {
         // A method of <object type="TYPE"> elements.
         method: function (type, name, implementation) { member(type, name, { value: implementation }); },
         // A read-only property of <object type="TYPE"> elements.
         property: function (type, name, read) { member(type, name, { get: read }); },
-        // "Object.method" in the TV with the arguments as values; its answer as a value.
+        // "Object.method" in the TV with the arguments as values: its value, or its error thrown.
         call: function (name) {
-            return native(name, slice.call(arguments, 1));
+            var reply = native(name, slice.call(arguments, 1));
+            if (reply && reply.error)
+                throw thrown(reply.error);
+            return reply ? reply.value : undefined;
         },
         on: function (name, handler) {
             handlers[name] = handler;

@@ -6,7 +6,7 @@
     var text = null;
     function xmlText() {
         if (text === null)
-            text = tv.call('Terminal.capabilities');
+            text = tv.call('Capabilities.xml');
         return text;
     }
     function document() {

@@ -6,7 +6,7 @@
     var values = null;
     function read() {
         if (!values)
-            values = tv.call('Terminal.configuration');
+            values = tv.call('Configuration.values');
         return values;
     }
     function frozenCopy(source) {

@@ -5,9 +5,12 @@
 // listener of the page sees it.
 (function (tv) {
     'use strict';
-    var table = tv.call('Keys.table');
-    if (!table)
+    var table;
+    try {
+        table = tv.call('Keys.table');
+    } catch (e) {
         return;  // a page of the TV's own, which takes no keys
+    }
     var codes = table.constants;
     window.KeyEvent = window.KeyEvent || {};
     Object.keys(codes).forEach(function (name) {

@@ -26,8 +26,11 @@
             for (var i = 0; i < events.length; ++i) {
                 if (events[i].getAttribute('stream_event_name') !== eventName)
                     continue;
-                var tag = events[i].parentNode.getAttribute('component_tag');
-                tv.call('StreamEvents.addXml', eventName, Number(tag), Number(events[i].getAttribute('stream_event_id')), number);
+                var tag = Number(events[i].parentNode.getAttribute('component_tag'));
+                var id = Number(events[i].getAttribute('stream_event_id'));
+                if (isNaN(tag) || isNaN(id))
+                    break;  // a description that names no stream
+                tv.call('StreamEvents.addXml', eventName, tag, id, number);
                 return;
             }
             fail(number, eventName);

@@ -39,12 +39,6 @@
     }
 
     // An error the TV answers with becomes the page's exception.
-    function answered(value) {
-        if (value && value.error === 'SecurityError')
-            throw new DOMException('The application may not use the broadcast', 'SecurityError');
-        return value;
-    }
-
     var states = new WeakMap();
     function stateOf(object) {
         if (String(object.type).toLowerCase() !== TYPE)
@@ -167,12 +161,12 @@
     getter('playState', function (state) { return state.playState; });
     getter('fullScreen', function (state) { return state.fullScreen; });
     getter('currentChannel', function (state) {
-        return state.playState === UNREALIZED ? null : tv.channelOf(answered(tv.call('VideoBroadcast.currentChannel')));
+        return state.playState === UNREALIZED ? null : tv.channelOf(tv.call('VideoBroadcast.currentChannel'));
     });
 
     define('bindToCurrentChannel', function () {
         var state = stateOf(this);
-        var answer = answered(tv.call('VideoBroadcast.bindToCurrentChannel'));
+        var answer = tv.call('VideoBroadcast.bindToCurrentChannel');
         state.channel = tv.channelOf(answer.channel);
         if (state.playState === UNREALIZED || state.playState === STOPPED) {
             var object = this;
@@ -187,10 +181,10 @@
         if (answer.released) {
             state.channel = null;
             setPlayState(object, UNREALIZED);
-        } else if (answer.error !== undefined) {
+        } else if (answer.channelError !== undefined) {
             later(function () {
-                tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, answer.error],
-                     { channel: state.channel, errorState: answer.error });
+                tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, answer.channelError],
+                     { channel: state.channel, errorState: answer.channelError });
             });
         } else if (answer.channel) {
             later(function () { channelChanged(object, answer.channel); });
@@ -211,12 +205,12 @@
         stateOf(this);
         if (channel !== null && typeof channel !== 'object')
             throw new TypeError('setChannel takes a Channel or null');
-        changeChannel(this, answered(tv.call('VideoBroadcast.setChannel', channel === null ? null : {
+        changeChannel(this, tv.call('VideoBroadcast.setChannel', channel === null ? null : {
             ccid: channel.ccid, onid: channel.onid, tsid: channel.tsid, sid: channel.sid
-        }, Boolean(trickplay), contentAccessDescriptorURL || '')));
+        }, Boolean(trickplay), contentAccessDescriptorURL || ''));
     });
-    define('prevChannel', function () { stateOf(this); changeChannel(this, answered(tv.call('VideoBroadcast.step', -1))); });
-    define('nextChannel', function () { stateOf(this); changeChannel(this, answered(tv.call('VideoBroadcast.step', 1))); });
+    define('prevChannel', function () { stateOf(this); changeChannel(this, tv.call('VideoBroadcast.step', -1)); });
+    define('nextChannel', function () { stateOf(this); changeChannel(this, tv.call('VideoBroadcast.step', 1)); });
     define('stop', function () {
         var state = stateOf(this);
         if (state.playState !== UNREALIZED)
@@ -248,10 +242,9 @@
     });
 
     function ChannelConfig() {
-        var channels = answered(tv.call('ChannelConfig.channelList')).map(tv.channelOf);
+        var channels = tv.call('ChannelConfig.channelList').map(tv.channelOf);
         Object.defineProperty(this, 'channelList', { value: new ChannelList(channels) });
     }
-    tv.channelConfig = function () { return new ChannelConfig(); };
 
     tv.on('VideoBroadcast.channelChanged', function (data) {
         broadcastObjects().forEach(function (object) {

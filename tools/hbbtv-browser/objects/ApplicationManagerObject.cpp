@@ -1,8 +1,7 @@
 #include "ApplicationManagerObject.h"
 
-#include <cstdint>
-
 #include "ChannelList.h"
+#include "LibraryNumbers.h"
 #include "VideoBroadcastObject.h"
 #include "tesmo_hbbtv/bindings.h"
 
@@ -19,45 +18,63 @@ void* applicationId(const PageContext& page, const Arguments& args)
     return page.applications->count(id) ? reinterpret_cast<void*>(id) : nullptr;
 }
 
-JsonNode* given(const PageContext& page, int result, void* id)
+// A binding's answer: an application the library no longer knows is an error of the page.
+Reply checked(const char* method, int result, JsonNode* value)
 {
-    if (result != 0)
+    if (result != library::BINDING_NO_SUCH)
+        return value;
+    json_node_unref(value);
+    return Reply::error("InvalidStateError", std::string(method) + ": the application is gone", result);
+}
+
+Reply given(const PageContext& page, int result, void* id)
+{
+    if (result != library::BINDING_OK)
         return reply::null();
     page.applications->insert(uintptr_t(id));
     return reply::number(double(uintptr_t(id)));
 }
 
-JsonNode* ownerApplication(const PageContext& page, const Arguments&)
+Reply ownerApplication(const PageContext& page, const Arguments&)
 {
     void* id = nullptr;
     const int result = native_AppManGetApplicationId(page.handle, &id);
     return given(page, result, id);
 }
 
-JsonNode* createApplication(const PageContext& page, const Arguments& args)
+Reply createApplication(const PageContext& page, const Arguments& args)
 {
     void* id = nullptr;
     const int result = native_ApplicationCreateApplication(args.text(1).c_str(), args.boolean(2), applicationId(page, args), &id);
     return given(page, result, id);
 }
 
-JsonNode* keysetSetValue(const PageContext& page, const Arguments& args)
+Reply keysetSetValue(const PageContext& page, const Arguments& args)
 {
     double stored = 0;
     const int result = native_KeySetSetValue(applicationId(page, args), args.number(1), &stored);
-    return reply::result(result, stored);
+    return checked("KeySet.setValue", result, reply::number(stored));
 }
 
-// A key-set query: the binding's result and the number it wrote.
-template <int (*binding)(void*, double*)>
-JsonNode* keysetQuery(const PageContext& page, const Arguments& args)
+// A key-set query: the number the binding wrote.
+Reply keysetQuery(const char* method, int (*binding)(void*, double*), const PageContext& page, const Arguments& args)
 {
     double value = 0;
     const int result = binding(applicationId(page, args), &value);
-    return reply::result(result, value);
+    return checked(method, result, reply::number(value));
 }
 
-JsonNode* freeMemory(const PageContext&, const Arguments&)
+Reply keysetValue(const PageContext& page, const Arguments& args)
+{
+    return keysetQuery("KeySet.value", native_KeySetGetValue, page, args);
+}
+
+Reply keysetMaximumValue(const PageContext& page, const Arguments& args)
+{
+    return keysetQuery("KeySet.maximumValue", native_KeySetGetMaximumValue, page, args);
+}
+
+Reply freeMemory(const PageContext&, const Arguments&)
 {
     double value = 0;
     native_AppPrivateDataGetFreeMem(nullptr, nullptr, nullptr, &value);
@@ -65,36 +82,47 @@ JsonNode* freeMemory(const PageContext&, const Arguments&)
 }
 
 // The channel handle the platform gave the library, resolved to the channel it names.
-JsonNode* currentChannel(const PageContext& page, const Arguments& args)
+Reply currentChannel(const PageContext& page, const Arguments& args)
 {
     void* handle = nullptr;
-    if (native_AppPrivateDataGetCurrentChannel(applicationId(page, args), &handle) != 0)
+    if (native_AppPrivateDataGetCurrentChannel(applicationId(page, args), &handle) != library::BINDING_OK)
         return reply::null();
     const Channel* channel = ChannelList::get().byHandle(handle);
     return channel ? VideoBroadcastObject::channelJson(*channel) : reply::null();
 }
 
-template <int (*binding)(void*)>
-JsonNode* applicationCall(const PageContext& page, const Arguments& args)
+// show, hide, destroy: the binding's result.
+Reply applicationCall(const char* method, int (*binding)(void*), const PageContext& page, const Arguments& args)
 {
-    return reply::number(binding(applicationId(page, args)));
+    const int result = binding(applicationId(page, args));
+    return checked(method, result, reply::number(result));
+}
+
+PageObject::Handler applicationMethod(const char* method, int (*binding)(void*))
+{
+    return [method, binding](const PageContext& page, const Arguments& args) { return applicationCall(method, binding, page, args); };
 }
 
 } // namespace
 
-const PageMethods& ApplicationManagerObject::methods()
+ApplicationManagerObject::ApplicationManagerObject(ObjectServices& objectServices) : services(objectServices)
 {
-    static const PageMethods table = {
-        {"ApplicationManager.getOwnerApplication", ownerApplication},
-        {"Application.show", applicationCall<native_ApplicationShow>},
-        {"Application.hide", applicationCall<native_ApplicationHide>},
-        {"Application.destroyApplication", applicationCall<native_ApplicationDestroyApplication>},
-        {"Application.createApplication", createApplication},
-        {"KeySet.setValue", keysetSetValue},
-        {"KeySet.value", keysetQuery<native_KeySetGetValue>},
-        {"KeySet.maximumValue", keysetQuery<native_KeySetGetMaximumValue>},
-        {"PrivateData.getFreeMem", freeMemory},
-        {"PrivateData.currentChannel", currentChannel},
+    table = {
+        {"ApplicationManager.getOwnerApplication", "", QUIET, ownerApplication},
+        {"Application.show", "n", TOLD, applicationMethod("Application.show", native_ApplicationShow)},
+        {"Application.hide", "n", TOLD, applicationMethod("Application.hide", native_ApplicationHide)},
+        {"Application.destroyApplication", "n", TOLD,
+         applicationMethod("Application.destroyApplication", native_ApplicationDestroyApplication)},
+        {"Application.createApplication", "nsb", TOLD, createApplication},
+        {"KeySet.setValue", "nn", TOLD, keysetSetValue},
+        {"KeySet.value", "n", QUIET, keysetValue},
+        {"KeySet.maximumValue", "n", QUIET, keysetMaximumValue},
+        {"PrivateData.getFreeMem", "", QUIET, freeMemory},
+        {"PrivateData.currentChannel", "n", QUIET, currentChannel},
     };
-    return table;
+}
+
+void ApplicationManagerObject::applicationEvent(const std::string& name, uint32_t applicationId)
+{
+    services.toEveryPage("ApplicationManager." + name, reply::number(applicationId));
 }

@@ -23,8 +23,8 @@ std::string describe(const std::string& what, long playState, long error, long p
         return "play at speed " + std::to_string(speed) + " from " + std::to_string(position) + " ms";
     if (what == "pause")
         return "pause at " + std::to_string(position) + " ms";
-    if (what.compare(0, 5, "seek ") == 0)
-        return "seek to " + oneLine(what.substr(5)) + " ms";
+    if (what == "seek")
+        return "seek to " + std::to_string(position) + " ms";
     if (playState < 0 || playState > 6)
         return "state " + std::to_string(playState);
     std::string line = STATES[playState];
@@ -35,28 +35,19 @@ std::string describe(const std::string& what, long playState, long error, long p
 
 } // namespace
 
-AvControlObject::AvControlObject(Say sayLine) : say(std::move(sayLine))
+AvControlObject::AvControlObject(ObjectServices& objectServices) : services(objectServices)
 {
-    table = {
-        {"AvControl.changed", [this](const PageContext& page, const Arguments& args) { return changed(page, args); }},
-    };
+    table = {{"AvControl.changed", "o", QUIET,
+              [this](const PageContext& page, const Arguments& args) { return changed(page, args); }}};
 }
 
-JsonNode* AvControlObject::changed(const PageContext& page, const Arguments& args) const
+// {data, what, playState, error, position, speed}: a seek's position is where it goes to.
+Reply AvControlObject::changed(const PageContext& page, const Arguments& args) const
 {
-    auto number = [&args](const char* name, double otherwise) {
-        JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_value_type(node) != G_TYPE_STRING ? json_node_get_double(node)
-                                                                                                      : otherwise;
-    };
-    auto text = [&args](const char* name) {
-        JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_value_type(node) == G_TYPE_STRING
-                   ? std::string(json_node_get_string(node))
-                   : std::string();
-    };
-    say(page, "media " + oneLine(text("data")) + ": " +
-                  describe(text("what"), wholeNumber(number("playState", -1)), wholeNumber(number("error", -1)),
-                           wholeNumber(number("position", 0)), wholeNumber(number("speed", 0))));
+    services.say("media " + oneLine(args.textMember(0, "data")) + ": " +
+                 describe(args.textMember(0, "what"), wholeNumber(args.numberMember(0, "playState", -1)),
+                          wholeNumber(args.numberMember(0, "error", -1)), wholeNumber(args.numberMember(0, "position", 0)),
+                          wholeNumber(args.numberMember(0, "speed", 0))) +
+                 " (" + services.where(page) + ")");
     return reply::null();
 }

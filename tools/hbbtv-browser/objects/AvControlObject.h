@@ -1,29 +1,19 @@
 #ifndef TESMO_BROWSER_AVCONTROLOBJECT_H
 #define TESMO_BROWSER_AVCONTROLOBJECT_H
 
-#include <functional>
-#include <string>
-
 #include "PageObject.h"
 
 // The A/V control objects' side in the TV: a timeline line for each thing a page's media
 // does (play, pause, seek, stop, its states and errors), which --json records as the
-// page's call.
-class AvControlObject {
+// page's call. Its scripts play the media (DASH among them).
+class AvControlObject : public PageObject {
 public:
-    using Say = std::function<void(const PageContext& page, const std::string& line)>;
-
-    explicit AvControlObject(Say say);
-    AvControlObject(const AvControlObject&) = delete;
-    AvControlObject& operator=(const AvControlObject&) = delete;
-
-    const PageMethods& methods() const { return table; }
+    explicit AvControlObject(ObjectServices& services);
 
 private:
-    JsonNode* changed(const PageContext& page, const Arguments& args) const;
+    Reply changed(const PageContext& page, const Arguments& args) const;
 
-    Say say;
-    PageMethods table;
+    ObjectServices& services;
 };
 
 #endif

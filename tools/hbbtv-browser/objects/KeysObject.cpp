@@ -6,7 +6,7 @@ namespace {
 
 // {"constants": {VK_RED: 403, ...}, "engine": {"124": {keyCode, key, code}, ...}}: the names a
 // page compares with, and what the page's events for the keys the engine lacks become.
-JsonNode* table(const PageContext&, const Arguments&)
+Reply keyTable(const PageContext&, const Arguments&)
 {
     JsonObject* constants = json_object_new();
     JsonObject* engine = json_object_new();
@@ -28,8 +28,7 @@ JsonNode* table(const PageContext&, const Arguments&)
 
 } // namespace
 
-const PageMethods& KeysObject::methods()
+KeysObject::KeysObject()
 {
-    static const PageMethods methods = {{"Keys.table", table}};
-    return methods;
+    table = {{"Keys.table", "", QUIET, keyTable}};
 }

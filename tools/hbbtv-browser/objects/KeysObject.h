@@ -4,9 +4,9 @@
 #include "PageObject.h"
 
 // The key names a page compares with, from the one key table.
-class KeysObject {
+class KeysObject : public PageObject {
 public:
-    static const PageMethods& methods();
+    KeysObject();
 };
 
 #endif

@@ -1,32 +1,44 @@
 #include "RequestsObject.h"
 
 #include "LibraryNumbers.h"
-#include "TvPlatform.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
 
 namespace {
 
-// A request of the page, as the engine is about to make it. The library decides first (and
-// asks the platform's listener about URLs inside the application); where it leaves the
-// decision to the browser core, or knows nothing of the window, the platform's policy
-// decides. A page whose window has no application requests nothing.
-JsonNode* vet(const PageContext& page, const Arguments& args)
-{
-    const std::string url = args.text(0);
-    DAXO_RequestRecord record{page.url.c_str(), url.c_str(), HBBTV_XHR_PERMISSION_DEFAULT};
-    int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, page.window, DAXO_TESMO_EVT_XHR_REQUEST, &record, &result);
-    if (handled && result == library::NOTIFICATION_INVALID)
-        return reply::boolean(false);
-    if (record.permission == HBBTV_XHR_PERMISSION_DENY)
-        return reply::boolean(false);
-    return reply::boolean(!TvPlatform::get().requestPolicy().refusing(url));
-}
+// What the record's permission holds when the library did not write it.
+const int32_t NOT_WRITTEN = -1;
 
 } // namespace
 
-const PageMethods& RequestsObject::methods()
+RequestsObject::RequestsObject(ObjectServices& objectServices, const RequestPolicy& requestPolicy)
+    : services(objectServices), policy(requestPolicy)
 {
-    static const PageMethods methods = {{"Requests.vet", vet}};
-    return methods;
+    table = {{"Requests.vet", "s", QUIET, [this](const PageContext& page, const Arguments& args) { return vet(page, args); }}};
+}
+
+// The library decides first, and asks the platform's listener (the policy) about URLs inside
+// the application. Where it leaves the decision to the browser core, or knows nothing of the
+// window, the policy is asked here: once per request either way. A page whose window runs no
+// application requests nothing.
+Reply RequestsObject::vet(const PageContext& page, const Arguments& args) const
+{
+    const std::string url = args.text(0);
+    DAXO_RequestRecord record{page.url.c_str(), url.c_str(), NOT_WRITTEN};
+    int result = 0;
+    const bool handled = tesmo_hbbtv_handle_notification(nullptr, page.window, DAXO_TESMO_EVT_XHR_REQUEST, &record, &result);
+    if (handled && result == library::NOTIFICATION_INVALID)
+        return refuse(page, url, "the window runs no application");
+    if (record.permission == HBBTV_XHR_PERMISSION_DENY)
+        return refuse(page, url, "outside the application's boundaries, or the platform's policy");
+    if (record.permission == HBBTV_XHR_PERMISSION_DEFAULT)
+        return reply::boolean(true);
+    if (const std::string* pattern = policy.refusing(url))
+        return refuse(page, url, "the platform's policy: " + *pattern);
+    return reply::boolean(true);
+}
+
+Reply RequestsObject::refuse(const PageContext& page, const std::string& url, const std::string& why) const
+{
+    services.say("the page's request for " + url + " is refused (" + why + ") in " + services.where(page));
+    return reply::boolean(false);
 }

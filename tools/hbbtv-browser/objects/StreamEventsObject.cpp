@@ -13,8 +13,18 @@ void* listenerCookie(const PageContext& page, double listener)
     return reinterpret_cast<void*>(uintptr_t(page.handle) << 16 | (uintptr_t(wholeNumber(listener)) & 0xFFFF));
 }
 
+long pageOf(void* listener)
+{
+    return long(uintptr_t(listener) >> 16);
+}
+
+int numberOf(void* listener)
+{
+    return int(uintptr_t(listener) & 0xFFFF);
+}
+
 // (target URL, event name, listener): a stream event object of the carousel.
-JsonNode* addListener(const PageContext& page, const Arguments& args)
+Reply addListener(const PageContext& page, const Arguments& args)
 {
     const std::string target = args.text(0);
     std::string eventName = args.text(1);
@@ -23,7 +33,7 @@ JsonNode* addListener(const PageContext& page, const Arguments& args)
 }
 
 // (event name, component tag, event id, listener): from an XML event description.
-JsonNode* addXmlListener(const PageContext& page, const Arguments& args)
+Reply addXmlListener(const PageContext& page, const Arguments& args)
 {
     std::string eventName = args.text(0);
     return reply::number(native_BroadcastAddXMLStreamEventListener(&eventName[0], args.number(1), args.number(2),
@@ -31,27 +41,28 @@ JsonNode* addXmlListener(const PageContext& page, const Arguments& args)
                                                                    nullptr, page.handle));
 }
 
-JsonNode* removeListener(const PageContext& page, const Arguments& args)
+Reply removeListener(const PageContext& page, const Arguments& args)
 {
     return reply::number(native_BroadcastRemoveStreamEventListener(nullptr, listenerCookie(page, args.number(0)), nullptr));
 }
 
 } // namespace
 
-const PageMethods& StreamEventsObject::methods()
+StreamEventsObject::StreamEventsObject(ObjectServices& objectServices) : services(objectServices)
 {
-    static const PageMethods methods = {{"StreamEvents.add", addListener},
-                                        {"StreamEvents.addXml", addXmlListener},
-                                        {"StreamEvents.remove", removeListener}};
-    return methods;
+    table = {{"StreamEvents.add", "ssn", TOLD, addListener},
+             {"StreamEvents.addXml", "snnn", TOLD, addXmlListener},
+             {"StreamEvents.remove", "n", TOLD, removeListener}};
 }
 
-long StreamEventsObject::pageOf(void* listener)
+void StreamEventsObject::streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
+                                     const std::string& status)
 {
-    return long(uintptr_t(listener) >> 16);
-}
-
-int StreamEventsObject::numberOf(void* listener)
-{
-    return int(uintptr_t(listener) & 0xFFFF);
+    JsonObject* event = json_object_new();
+    json_object_set_int_member(event, "listener", numberOf(listener));
+    json_object_set_string_member(event, "name", name.c_str());
+    json_object_set_string_member(event, "data", data.c_str());
+    json_object_set_string_member(event, "text", text.c_str());
+    json_object_set_string_member(event, "status", status.c_str());
+    services.toPage(pageOf(listener), "StreamEvents.event", reply::object(event));
 }

@@ -3,14 +3,16 @@
 
 #include "PageObject.h"
 
-// A page's stream-event subscriptions, handed to the library's stream-event bindings.
-class StreamEventsObject {
+// A page's stream-event subscriptions, handed to the library's stream-event bindings; the
+// events the platform delivers go to the page whose listener subscribed them.
+class StreamEventsObject : public PageObject {
 public:
-    static const PageMethods& methods();
-    // The page (its browser window handle) and the page's listener number a listener the
-    // platform calls back stands for.
-    static long pageOf(void* listener);
-    static int numberOf(void* listener);
+    explicit StreamEventsObject(ObjectServices& services);
+    void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
+                     const std::string& status) override;
+
+private:
+    ObjectServices& services;
 };
 
 #endif

@@ -1,6 +1,5 @@
 #include "VideoBroadcastObject.h"
 
-#include "TvPlatform.h"
 #include "tesmo_hbbtv/bindings.h"
 
 namespace {
@@ -16,79 +15,35 @@ bool isBroadcastRelated(const PageContext& page)
     return native_PermissionsIsBroadcastRelated(page.handle, page.url.c_str()) == 0;
 }
 
-JsonNode* objectWith(const char* name, JsonNode* value)
+Reply securityError()
 {
-    JsonObject* object = json_object_new();
-    json_object_set_member(object, name, value);
-    return reply::object(object);
-}
-
-JsonNode* securityError()
-{
-    return objectWith("error", reply::text("SecurityError"));
-}
-
-JsonNode* currentChannel()
-{
-    const Channel* channel = TvPlatform::get().currentChannel();
-    return channel ? VideoBroadcastObject::channelJson(*channel) : reply::null();
+    return Reply::error("SecurityError", "The application may not use the broadcast");
 }
 
 // The page's Channel: by its ccid, else by its triplet.
 const Channel* channelOf(const Arguments& args)
 {
-    JsonNode* ccid = args.member(0, "ccid");
-    if (ccid && JSON_NODE_HOLDS_VALUE(ccid) && json_node_get_value_type(ccid) == G_TYPE_STRING)
-        if (const Channel* found = ChannelList::get().byCcid(json_node_get_string(ccid)))
-            return found;
-    auto number = [&args](const char* name) {
-        JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) ? uint16_t(json_node_get_int(node)) : uint16_t(0);
-    };
+    if (const Channel* found = ChannelList::get().byCcid(args.textMember(0, "ccid")))
+        return found;
+    auto number = [&args](const char* name) { return uint16_t(wholeNumber(args.numberMember(0, name, 0))); };
     return ChannelList::get().byTriplet(number("onid"), number("tsid"), number("sid"));
-}
-
-// A method a broadcast-independent application may not call.
-template <JsonNode* (*method)(const PageContext&, const Arguments&)>
-JsonNode* broadcastOnly(const PageContext& page, const Arguments& args)
-{
-    return isBroadcastRelated(page) ? method(page, args) : securityError();
-}
-
-JsonNode* channelList(const PageContext&, const Arguments&)
-{
-    JsonArray* array = json_array_new();
-    for (const Channel& channel : ChannelList::get().all())
-        json_array_add_element(array, VideoBroadcastObject::channelJson(channel));
-    JsonNode* node = json_node_init_array(json_node_alloc(), array);
-    json_array_unref(array);
-    return node;
-}
-
-JsonNode* current(const PageContext&, const Arguments&)
-{
-    return currentChannel();
 }
 
 } // namespace
 
-VideoBroadcastObject::VideoBroadcastObject(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures)
-    : screen(tvScreen), pictures(broadcastPictures)
+VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, ChannelControl& channelControl, TvScreen& tvScreen,
+                                           const BroadcastPicture& broadcastPictures)
+    : services(objectServices), tuner(channelControl), screen(tvScreen), pictures(broadcastPictures)
 {
     table = {
-        {"VideoBroadcast.bindToCurrentChannel", [this](const PageContext& p, const Arguments&) { return bind(p); }},
-        {"VideoBroadcast.currentChannel", broadcastOnly<current>},
-        {"VideoBroadcast.setChannel", [this](const PageContext& p, const Arguments& a) { return setChannel(p, a); }},
-        {"VideoBroadcast.step", [this](const PageContext& p, const Arguments& a) { return step(p, a); }},
-        {"VideoBroadcast.video", [this](const PageContext&, const Arguments& a) { return placeVideo(a); }},
-        // Where the current service's audio and video play from; null without them.
-        {"VideoBroadcast.picture",
-         [this](const PageContext& page, const Arguments&) {
-             const Channel* channel = isBroadcastRelated(page) ? TvPlatform::get().currentChannel() : nullptr;
-             const std::string url = channel ? pictures.urlOf(channel->serviceId) : "";
-             return url.empty() ? reply::null() : reply::text(url);
-         }},
-        {"ChannelConfig.channelList", broadcastOnly<channelList>},
+        {"VideoBroadcast.bindToCurrentChannel", "", TOLD, [this](const PageContext& p, const Arguments&) { return bind(p); }},
+        {"VideoBroadcast.currentChannel", "", QUIET,
+         [this](const PageContext& p, const Arguments&) { return currentChannel(p); }},
+        {"VideoBroadcast.setChannel", "O", TOLD, [this](const PageContext& p, const Arguments& a) { return setChannel(p, a); }},
+        {"VideoBroadcast.step", "n", TOLD, [this](const PageContext& p, const Arguments& a) { return step(p, a); }},
+        {"VideoBroadcast.video", "o", TOLD, [this](const PageContext&, const Arguments& a) { return placeVideo(a); }},
+        {"VideoBroadcast.picture", "", TOLD, [this](const PageContext& p, const Arguments&) { return picture(p); }},
+        {"ChannelConfig.channelList", "", QUIET, [this](const PageContext& p, const Arguments&) { return channelList(p); }},
     };
 }
 
@@ -105,57 +60,92 @@ JsonNode* VideoBroadcastObject::channelJson(const Channel& channel)
     return reply::object(object);
 }
 
-JsonNode* VideoBroadcastObject::bind(const PageContext& page)
+// Every page's video/broadcast objects follow the TV to the new service.
+void VideoBroadcastObject::channelChanged(const Channel& channel)
+{
+    services.toEveryPage("VideoBroadcast.channelChanged", channelJson(channel));
+}
+
+Reply VideoBroadcastObject::currentChannel(const PageContext& page) const
 {
     if (!isBroadcastRelated(page))
         return securityError();
-    return objectWith("channel", currentChannel());
+    const Channel* channel = tuner.currentChannel();
+    return channel ? channelJson(*channel) : reply::null();
+}
+
+Reply VideoBroadcastObject::bind(const PageContext& page) const
+{
+    if (!isBroadcastRelated(page))
+        return securityError();
+    const Channel* channel = tuner.currentChannel();
+    return reply::objectWith("channel", channel ? channelJson(*channel) : reply::null());
 }
 
 // null releases the broadcast: the application becomes broadcast-independent. A channel
 // of the list is tuned to; the page hears of it when the platform has.
-JsonNode* VideoBroadcastObject::setChannel(const PageContext& page, const Arguments& args)
+Reply VideoBroadcastObject::setChannel(const PageContext& page, const Arguments& args)
 {
     if (args.isNull(0)) {
         native_AppManNotifySetChannelCalled(page.handle, page.url.c_str(), nullptr);
         screen.setVideoWindow({false, true, 0, 0, 0, 0});
-        return objectWith("released", reply::boolean(true));
+        return reply::objectWith("released", reply::boolean(true));
     }
     if (!isBroadcastRelated(page))
         return securityError();
     return tuneTo(page, channelOf(args));
 }
 
-JsonNode* VideoBroadcastObject::step(const PageContext& page, const Arguments& args)
+Reply VideoBroadcastObject::step(const PageContext& page, const Arguments& args)
 {
     if (!isBroadcastRelated(page))
         return securityError();
-    return tuneTo(page, ChannelList::get().neighbour(TvPlatform::get().currentChannel(), args.number(0) < 0 ? -1 : 1));
+    return tuneTo(page, ChannelList::get().neighbour(tuner.currentChannel(), args.number(0) < 0 ? -1 : 1));
 }
 
-JsonNode* VideoBroadcastObject::tuneTo(const PageContext& page, const Channel* channel)
+// {"channel"} when already there, {"tuning"} when the platform tunes, {"channelError": code}
+// when it cannot.
+Reply VideoBroadcastObject::tuneTo(const PageContext& page, const Channel* channel)
 {
     if (!channel)
-        return objectWith("error", reply::number(UNKNOWN_CHANNEL));
-    if (channel == TvPlatform::get().currentChannel())
-        return objectWith("channel", channelJson(*channel));
+        return reply::objectWith("channelError", reply::number(UNKNOWN_CHANNEL));
+    if (channel == tuner.currentChannel())
+        return reply::objectWith("channel", channelJson(*channel));
     native_AppManNotifySetChannelCalled(page.handle, page.url.c_str(), ChannelList::get().handleOf(*channel));
-    if (!TvPlatform::get().requestTune(channel))
-        return objectWith("error", reply::number(UNKNOWN_CHANNEL));
-    return objectWith("tuning", channelJson(*channel));
+    if (!tuner.requestTune(channel))
+        return reply::objectWith("channelError", reply::number(UNKNOWN_CHANNEL));
+    return reply::objectWith("tuning", channelJson(*channel));
 }
 
 // {presenting, fullScreen, x, y, width, height} from the page's object.
-JsonNode* VideoBroadcastObject::placeVideo(const Arguments& args)
+Reply VideoBroadcastObject::placeVideo(const Arguments& args)
 {
-    auto number = [&args](const char* name) {
-        JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) ? int(wholeNumber(json_node_get_double(node))) : 0;
-    };
+    auto number = [&args](const char* name) { return int(wholeNumber(args.numberMember(0, name, 0))); };
     auto flag = [&args](const char* name) {
         JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_boolean(node);
+        return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_value_type(node) == G_TYPE_BOOLEAN &&
+               json_node_get_boolean(node);
     };
     screen.setVideoWindow({flag("presenting"), flag("fullScreen"), number("x"), number("y"), number("width"), number("height")});
     return reply::null();
+}
+
+// Where the current service's audio and video play from; null without them.
+Reply VideoBroadcastObject::picture(const PageContext& page) const
+{
+    const Channel* channel = isBroadcastRelated(page) ? tuner.currentChannel() : nullptr;
+    const std::string url = channel ? pictures.urlOf(channel->serviceId) : "";
+    return url.empty() ? reply::null() : reply::text(url);
+}
+
+Reply VideoBroadcastObject::channelList(const PageContext& page) const
+{
+    if (!isBroadcastRelated(page))
+        return securityError();
+    JsonArray* array = json_array_new();
+    for (const Channel& channel : ChannelList::get().all())
+        json_array_add_element(array, channelJson(channel));
+    JsonNode* node = json_node_init_array(json_node_alloc(), array);
+    json_array_unref(array);
+    return node;
 }

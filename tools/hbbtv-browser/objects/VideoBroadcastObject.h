@@ -2,35 +2,39 @@
 #define TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 
 #include "BroadcastPicture.h"
+#include "ChannelControl.h"
 #include "ChannelList.h"
 #include "PageObject.h"
 #include "TvScreen.h"
 
 // The video/broadcast object and the channel list behind it. Channel changes go to the
 // platform, which tunes at its next tick, and to the library, which hears of them through
-// native_AppManNotifySetChannelCalled; the broadcast picture goes where the page puts the
-// object: the service's own audio and video where the capture has them. A broadcast-
-// independent application may not reach the broadcast: it gets a SecurityError.
-class VideoBroadcastObject {
+// native_AppManNotifySetChannelCalled; every page's objects hear when the TV has tuned. The
+// broadcast picture goes where the page puts the object: the service's own audio and video
+// where the capture has them. A broadcast-independent application may not reach the
+// broadcast: its calls throw a SecurityError.
+class VideoBroadcastObject : public PageObject {
 public:
-    VideoBroadcastObject(TvScreen& screen, const BroadcastPicture& pictures);
-    VideoBroadcastObject(const VideoBroadcastObject&) = delete;
-    VideoBroadcastObject& operator=(const VideoBroadcastObject&) = delete;
-
-    const PageMethods& methods() const { return table; }
+    VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen, const BroadcastPicture& pictures);
     // A channel as the page's Channel object is made from.
     static JsonNode* channelJson(const Channel& channel);
 
-private:
-    JsonNode* bind(const PageContext& page);
-    JsonNode* setChannel(const PageContext& page, const Arguments& args);
-    JsonNode* step(const PageContext& page, const Arguments& args);
-    JsonNode* tuneTo(const PageContext& page, const Channel* channel);
-    JsonNode* placeVideo(const Arguments& args);
+    void channelChanged(const Channel& channel) override;
 
+private:
+    Reply bind(const PageContext& page) const;
+    Reply currentChannel(const PageContext& page) const;
+    Reply setChannel(const PageContext& page, const Arguments& args);
+    Reply step(const PageContext& page, const Arguments& args);
+    Reply tuneTo(const PageContext& page, const Channel* channel);
+    Reply placeVideo(const Arguments& args);
+    Reply picture(const PageContext& page) const;
+    Reply channelList(const PageContext& page) const;
+
+    ObjectServices& services;
+    ChannelControl& tuner;
     TvScreen& screen;
     const BroadcastPicture& pictures;
-    PageMethods table;
 };
 
 #endif
