@@ -122,4 +122,4 @@ void BM_SectionToOpenUrl(benchmark::State& state)
 }
 BENCHMARK(BM_SectionToOpenUrl);
 
-} // namespace
+}  // namespace

@@ -34,19 +34,46 @@ void release(void* p)
     std::free(block);
 }
 
-} // namespace
+}  // namespace
 
-void* operator new(size_t size) { return counted(size); }
-void* operator new[](size_t size) { return counted(size); }
-void operator delete(void* p) noexcept { release(p); }
-void operator delete[](void* p) noexcept { release(p); }
-void operator delete(void* p, size_t) noexcept { release(p); }
-void operator delete[](void* p, size_t) noexcept { release(p); }
+void* operator new(size_t size)
+{
+    return counted(size);
+}
+void* operator new[](size_t size)
+{
+    return counted(size);
+}
+void operator delete(void* p) noexcept
+{
+    release(p);
+}
+void operator delete[](void* p) noexcept
+{
+    release(p);
+}
+void operator delete(void* p, size_t) noexcept
+{
+    release(p);
+}
+void operator delete[](void* p, size_t) noexcept
+{
+    release(p);
+}
 
 namespace heap_counter {
 
-size_t allocations() { return allocationCount.load(); }
-size_t bytes() { return allocatedBytes.load(); }
-long long held() { return heldBytes.load(); }
+size_t allocations()
+{
+    return allocationCount.load();
+}
+size_t bytes()
+{
+    return allocatedBytes.load();
+}
+long long held()
+{
+    return heldBytes.load();
+}
 
-} // namespace heap_counter
+}  // namespace heap_counter

@@ -12,6 +12,6 @@ size_t bytes();
 // Bytes currently held (allocated and not yet freed), for footprint figures.
 long long held();
 
-} // namespace heap_counter
+}  // namespace heap_counter
 
 #endif

@@ -4,8 +4,17 @@
 
 namespace heap_counter {
 
-size_t allocations() { return 0; }
-size_t bytes() { return 0; }
-long long held() { return 0; }
+size_t allocations()
+{
+    return 0;
+}
+size_t bytes()
+{
+    return 0;
+}
+long long held()
+{
+    return 0;
+}
 
-} // namespace heap_counter
+}  // namespace heap_counter

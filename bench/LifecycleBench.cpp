@@ -125,4 +125,4 @@ void BM_ActivationKeepingTheRunningApplication(benchmark::State& state)
 }
 BENCHMARK(BM_ActivationKeepingTheRunningApplication)->Arg(1)->Arg(30);
 
-} // namespace
+}  // namespace

@@ -45,7 +45,8 @@ void parseTable(benchmark::State& state, const std::vector<Bytes>& sections)
     const double sectionsParsed = double(state.iterations()) * double(copies.size());
     state.SetItemsProcessed(int64_t(sectionsParsed));
     state.counters["allocs/section"] = double(heap_counter::allocations() - allocationsBefore) / sectionsParsed;
-    state.counters["ns/section"] = benchmark::Counter(sectionsParsed, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["ns/section"] =
+        benchmark::Counter(sectionsParsed, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 std::vector<Bytes> capturedSections(const char* capture, uint16_t pid, size_t count)
@@ -101,6 +102,4 @@ BENCHMARK(BM_ParseAbcSection);
 BENCHMARK(BM_ParseRaiHbbTVSection);
 BENCHMARK(BM_ParseThirtyApplicationsInThreeSections);
 
-} // namespace
-
-
+}  // namespace

@@ -113,9 +113,12 @@ __attribute__((noinline)) unsigned measuredWalk(const Bytes& s)
     unsigned entries = 0;
     return walk(s.data(), s.size(), entries) + entries;
 }
-__attribute__((noinline)) bool measuredParse(const Bytes& s) { return parse(s.data()); }
+__attribute__((noinline)) bool measuredParse(const Bytes& s)
+{
+    return parse(s.data());
+}
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -127,7 +130,8 @@ int main(int argc, char** argv)
             const size_t before = heap_counter::allocations();
             const bool ok = parse(c.section.data());
             const size_t allocations = heap_counter::allocations() - before;
-            std::printf("%s %u %zu %zu %s\n", c.name.c_str(), entries, allocations, c.section.size(), ok ? "ok" : "refused");
+            std::printf("%s %u %zu %zu %s\n", c.name.c_str(), entries, allocations, c.section.size(),
+                        ok ? "ok" : "refused");
         }
         return 0;
     }

@@ -40,7 +40,7 @@ int replay(const std::string& path)
     return count;
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv)
 {

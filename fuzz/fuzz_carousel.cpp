@@ -86,7 +86,7 @@ void makeGood(std::vector<uint8_t>& section)
         section[section.size() - 4 + i] = uint8_t(crc >> (24 - 8 * i));
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

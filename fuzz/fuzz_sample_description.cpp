@@ -78,12 +78,13 @@ void checkService(const SampleService& service, const std::vector<PlayedSection>
         std::abort();  // a written AIT that a receiver cannot take
     for (const SampleCarouselFile& file : service.carouselFiles) {
         std::string content;
-        if (oc.file(file.path, content) != carousel::ObjectCarousel::Lookup::FOUND || content != expectedContent(file.path))
+        if (oc.file(file.path, content) != carousel::ObjectCarousel::Lookup::FOUND ||
+            content != expectedContent(file.path))
             std::abort();  // a written carousel that does not give back what it was given
     }
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

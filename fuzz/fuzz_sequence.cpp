@@ -100,8 +100,13 @@ private:
     void* someStream() { return reinterpret_cast<void*>(in.ConsumeIntegralInRange<uintptr_t>(1, 4)); }
     std::string someUrl()
     {
-        static const char* const urls[] = {"http://app1.tv/index.html", "dvb:/page.html", "dvb://1.2.3.5/x",
-                                           "dvb://current.ait/10.1", "https://other.tv/", "relative.html", ""};
+        static const char* const urls[] = {"http://app1.tv/index.html",
+                                           "dvb:/page.html",
+                                           "dvb://1.2.3.5/x",
+                                           "dvb://current.ait/10.1",
+                                           "https://other.tv/",
+                                           "relative.html",
+                                           ""};
         return in.ConsumeBool() ? urls[in.ConsumeIntegralInRange<size_t>(0, 6)] : in.ConsumeRandomLengthString(40);
     }
 
@@ -114,15 +119,16 @@ private:
         fields.serviceBound = in.ConsumeBool();
         fields.priority = in.ConsumeIntegral<uint8_t>();
         AITSection section;
-        section.version(in.ConsumeIntegralInRange<uint8_t>(0, 3)).number(in.ConsumeIntegralInRange<uint8_t>(0, 1),
-                                                                          in.ConsumeIntegralInRange<uint8_t>(0, 1));
+        section.version(in.ConsumeIntegralInRange<uint8_t>(0, 3))
+            .number(in.ConsumeIntegralInRange<uint8_t>(0, 1), in.ConsumeIntegralInRange<uint8_t>(0, 1));
         const int apps = in.ConsumeIntegralInRange<int>(0, 3);
         for (int i = 0; i < apps; ++i)
-            section.application(App(0x10, in.ConsumeIntegralInRange<uint16_t>(0, 4), in.ConsumeIntegralInRange<uint8_t>(0, 8))
-                                    .with(applicationDescriptor(fields))
-                                    .with(httpTransport(1, "http://app" + std::to_string(i) + ".tv/"))
-                                    .with(carouselTransport(2, 5))
-                                    .with(locationDescriptor("index.html")));
+            section.application(
+                App(0x10, in.ConsumeIntegralInRange<uint16_t>(0, 4), in.ConsumeIntegralInRange<uint8_t>(0, 8))
+                    .with(applicationDescriptor(fields))
+                    .with(httpTransport(1, "http://app" + std::to_string(i) + ".tv/"))
+                    .with(carouselTransport(2, 5))
+                    .with(locationDescriptor("index.html")));
         return section.bytes();
     }
 
@@ -203,18 +209,33 @@ private:
         load.outcome = in.ConsumeIntegralInRange<int32_t>(0, 4);
         load.http_status = in.PickValueInArray<int16_t>({200, 404, 500});
         DAXO_ProtocolRecord protocol{url.c_str(), nullptr, someStream()};
-        DAXO_RequestRecord request{in.ConsumeBool() ? base.c_str() : nullptr, in.ConsumeBool() ? url.c_str() : nullptr, 0};
+        DAXO_RequestRecord request{in.ConsumeBool() ? base.c_str() : nullptr, in.ConsumeBool() ? url.c_str() : nullptr,
+                                   0};
         DAXO_AITProfile profile{0, 1, 1, 1};
         DAXO_AITApplicationTransport transport{in.PickValueInArray({1, 3}), "http://xml.tv/", 0, 1, 2, 3, 4};
-        DAXO_AITApplication app{"x", 0x10, in.ConsumeIntegralInRange<uint32_t>(0, 4), 1, 3, 0, 1, 1, &profile, 1, &transport, "a.html", 0, nullptr, 0};
+        DAXO_AITApplication app{"x", 0x10,       in.ConsumeIntegralInRange<uint32_t>(0, 4),
+                                1,   3,          0,
+                                1,   1,          &profile,
+                                1,   &transport, "a.html",
+                                0,   nullptr,    0};
         DAXO_AITData ait{in.ConsumeIntegralInRange<int32_t>(0, 1), &app};
         void* data = nullptr;
         switch (id) {
-        case 11: data = &load; break;
-        case 49: case 116: data = &protocol; break;
-        case 149: data = &request; break;
-        case 157: data = &ait; break;
-        default: break;
+        case 11:
+            data = &load;
+            break;
+        case 49:
+        case 116:
+            data = &protocol;
+            break;
+        case 149:
+            data = &request;
+            break;
+        case 157:
+            data = &ait;
+            break;
+        default:
+            break;
         }
         if (in.ConsumeIntegralInRange<int>(0, 15) == 0)
             data = nullptr;
@@ -229,26 +250,59 @@ private:
         double number = 0;
         const std::string url = someUrl();
         switch (in.ConsumeIntegralInRange<int>(0, 16)) {
-        case 0: native_AppManGetApplicationId(page, &out); break;
-        case 1: native_AppManNotifySetChannelCalled(page, url.c_str(), in.ConsumeBool() ? nullptr : &number); break;
-        case 2: native_ApplicationShow(someApplicationId()); break;
-        case 3: native_ApplicationHide(someApplicationId()); break;
-        case 4: native_ApplicationCreateApplication(url.c_str(), 0, someApplicationId(), &out); break;
-        case 5: native_ApplicationDestroyApplication(someApplicationId()); break;
-        case 6: native_AppPrivateDataGetFreeMem(nullptr, nullptr, nullptr, &number); break;
-        case 7: native_AppPrivateDataGetCurrentChannel(someApplicationId(), &out); break;
-        case 8: native_PermissionsIsTrusted(page, url.c_str()); break;
-        case 9: native_PermissionsIsBroadcastRelated(page, url.c_str()); break;
-        case 10: native_KeySetGetValue(someApplicationId(), &number); break;
-        case 11: native_KeySetGetMaximumValue(nullptr, &number); break;
-        case 12: native_KeySetSetValue(someApplicationId(), in.ConsumeFloatingPoint<double>(), &number); break;
-        case 13: native_BroadcastAddStreamEventListener(url.c_str(), nullptr, nullptr, nullptr, nullptr, page); break;
+        case 0:
+            native_AppManGetApplicationId(page, &out);
+            break;
+        case 1:
+            native_AppManNotifySetChannelCalled(page, url.c_str(), in.ConsumeBool() ? nullptr : &number);
+            break;
+        case 2:
+            native_ApplicationShow(someApplicationId());
+            break;
+        case 3:
+            native_ApplicationHide(someApplicationId());
+            break;
+        case 4:
+            native_ApplicationCreateApplication(url.c_str(), 0, someApplicationId(), &out);
+            break;
+        case 5:
+            native_ApplicationDestroyApplication(someApplicationId());
+            break;
+        case 6:
+            native_AppPrivateDataGetFreeMem(nullptr, nullptr, nullptr, &number);
+            break;
+        case 7:
+            native_AppPrivateDataGetCurrentChannel(someApplicationId(), &out);
+            break;
+        case 8:
+            native_PermissionsIsTrusted(page, url.c_str());
+            break;
+        case 9:
+            native_PermissionsIsBroadcastRelated(page, url.c_str());
+            break;
+        case 10:
+            native_KeySetGetValue(someApplicationId(), &number);
+            break;
+        case 11:
+            native_KeySetGetMaximumValue(nullptr, &number);
+            break;
+        case 12:
+            native_KeySetSetValue(someApplicationId(), in.ConsumeFloatingPoint<double>(), &number);
+            break;
+        case 13:
+            native_BroadcastAddStreamEventListener(url.c_str(), nullptr, nullptr, nullptr, nullptr, page);
+            break;
         case 14:
             native_BroadcastAddXMLStreamEventListener(nullptr, in.ConsumeFloatingPoint<double>(),
-                                                      in.ConsumeFloatingPoint<double>(), nullptr, nullptr, nullptr, page);
+                                                      in.ConsumeFloatingPoint<double>(), nullptr, nullptr, nullptr,
+                                                      page);
             break;
-        case 15: native_BroadcastRemoveStreamEventListener(nullptr, someStream(), someStream()); break;
-        default: native_BroadcastRemoveAllStreamEventListeners(someStream()); break;
+        case 15:
+            native_BroadcastRemoveStreamEventListener(nullptr, someStream(), someStream());
+            break;
+        default:
+            native_BroadcastRemoveAllStreamEventListeners(someStream());
+            break;
         }
     }
 
@@ -271,14 +325,32 @@ private:
     void step()
     {
         switch (in.ConsumeIntegralInRange<int>(0, 11)) {
-        case 0: case 1: postEvent(); break;
-        case 2: case 3: tesmo_hbbtv_tick(); break;
-        case 4: notifyCore(); break;
-        case 5: callBinding(); break;
-        case 6: windows.push_back(tesmo_hbbtv_create_window()); break;
-        case 7: tesmo_hbbtv_release_window(someWindow()); break;
-        case 8: tesmo_hbbtv_set_broadcast_window(someWindow()); break;
-        case 9: answer(); break;
+        case 0:
+        case 1:
+            postEvent();
+            break;
+        case 2:
+        case 3:
+            tesmo_hbbtv_tick();
+            break;
+        case 4:
+            notifyCore();
+            break;
+        case 5:
+            callBinding();
+            break;
+        case 6:
+            windows.push_back(tesmo_hbbtv_create_window());
+            break;
+        case 7:
+            tesmo_hbbtv_release_window(someWindow());
+            break;
+        case 8:
+            tesmo_hbbtv_set_broadcast_window(someWindow());
+            break;
+        case 9:
+            answer();
+            break;
         case 10:
             tesmo_hbbtv_key_input(someBrowserWindow(), in.ConsumeBool(), in.ConsumeIntegral<int32_t>(), 0);
             tesmo_hbbtv_set_time_shifted(someWindow(), in.ConsumeIntegralInRange<int>(-1, 1));
@@ -307,7 +379,7 @@ void streamCallback(char*, char*, char*, char*, void*)
     Sequence::callBack();
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

@@ -28,7 +28,7 @@ int fakeResolve(const char* base, const char* relative, char** result)
     return 0;
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

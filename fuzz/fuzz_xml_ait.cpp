@@ -41,16 +41,16 @@ DAXO_AITApplication application(FuzzedDataProvider& in, Storage& store)
 
     store.profiles.emplace_back(in.ConsumeIntegralInRange<size_t>(0, 3));
     for (DAXO_AITProfile& p : store.profiles.back())
-        p = DAXO_AITProfile{in.ConsumeIntegral<uint16_t>(), in.ConsumeIntegral<uint8_t>(), in.ConsumeIntegral<uint8_t>(),
-                            in.ConsumeIntegral<uint8_t>()};
+        p = DAXO_AITProfile{in.ConsumeIntegral<uint16_t>(), in.ConsumeIntegral<uint8_t>(),
+                            in.ConsumeIntegral<uint8_t>(), in.ConsumeIntegral<uint8_t>()};
     app.num_profiles = static_cast<int32_t>(store.profiles.back().size());
     app.profiles = in.ConsumeBool() ? store.profiles.back().data() : nullptr;
 
     store.transports.emplace_back(in.ConsumeIntegralInRange<size_t>(0, 3));
     for (DAXO_AITApplicationTransport& t : store.transports.back())
         t = DAXO_AITApplicationTransport{in.PickValueInArray({1, 3, 0, -1}), store.maybeString(in),
-                                         in.ConsumeIntegral<int32_t>(), in.ConsumeIntegral<uint16_t>(),
-                                         in.ConsumeIntegral<uint16_t>(), in.ConsumeIntegral<uint16_t>(),
+                                         in.ConsumeIntegral<int32_t>(),      in.ConsumeIntegral<uint16_t>(),
+                                         in.ConsumeIntegral<uint16_t>(),     in.ConsumeIntegral<uint16_t>(),
                                          in.ConsumeIntegral<uint8_t>()};
     app.num_transports = static_cast<int32_t>(store.transports.back().size());
     app.transports = in.ConsumeBool() ? store.transports.back().data() : nullptr;
@@ -65,7 +65,7 @@ DAXO_AITApplication application(FuzzedDataProvider& in, Storage& store)
     return app;
 }
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

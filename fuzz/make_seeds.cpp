@@ -39,24 +39,39 @@ App autostartApp()
         .with(boundaryDescriptor({"http://a.example/", "dvb://1.2.3/"}));
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv)
 {
     const std::string dir = argc > 1 ? argv[1] : "fuzz/corpus";
-    const Bytes single = AITSection().version(3).common(httpTransport(9, "http://common/")).application(autostartApp()).bytes();
+    const Bytes single =
+        AITSection().version(3).common(httpTransport(9, "http://common/")).application(autostartApp()).bytes();
     write(dir + "/fuzz_ait_sections/single-section", single);
     write(dir + "/fuzz_ait_sections/three-sections",
           concat({AITSection().version(1).number(0, 2).application(autostartApp()).bytes(),
-                  AITSection().version(1).number(2, 2).application(App(0x141, 0x4000, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://p/"))).bytes(),
-                  AITSection().version(1).number(1, 2).common(remoteCarouselTransport(1, 1, 2, 3, 4)).application(App(0x142, 0x7000, 4).with(applicationDescriptor({}))).bytes()}));
+                  AITSection()
+                      .version(1)
+                      .number(2, 2)
+                      .application(
+                          App(0x141, 0x4000, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://p/")))
+                      .bytes(),
+                  AITSection()
+                      .version(1)
+                      .number(1, 2)
+                      .common(remoteCarouselTransport(1, 1, 2, 3, 4))
+                      .application(App(0x142, 0x7000, 4).with(applicationDescriptor({})))
+                      .bytes()}));
     write(dir + "/fuzz_pmt/carousel-and-ait",
-          pmtSection(0x0D49, {{0x02, 0x100, descriptor(0x52, {1})},
-                              {0x0B, 0x200, concat({descriptor(0x13, {0, 0, 0, 1, 0}), descriptor(0x52, {5}), descriptor(0x14, {0, 1})})},
-                              {0x05, 0x7D2, descriptor(0x6F, {0x00, 0x10, 0xE0})}}));
-    write(dir + "/fuzz_boundary_descriptor/two-extensions", boundaryDescriptor({"http://tvapps:8080/app", "dvb://1.2.3/x"}));
+          pmtSection(0x0D49,
+                     {{0x02, 0x100, descriptor(0x52, {1})},
+                      {0x0B, 0x200,
+                       concat({descriptor(0x13, {0, 0, 0, 1, 0}), descriptor(0x52, {5}), descriptor(0x14, {0, 1})})},
+                      {0x05, 0x7D2, descriptor(0x6F, {0x00, 0x10, 0xE0})}}));
+    write(dir + "/fuzz_boundary_descriptor/two-extensions",
+          boundaryDescriptor({"http://tvapps:8080/app", "dvb://1.2.3/x"}));
     // Record builders consume the bytes front to back; any bytes make a record.
-    write(dir + "/fuzz_xml_ait/small", Bytes{2, 0, 5, 'n', 'a', 'm', 'e', 1, 0, 0, 0, 19, 0, 0, 1, 244, 1, 0, 0, 0, 3, 1});
+    write(dir + "/fuzz_xml_ait/small",
+          Bytes{2, 0, 5, 'n', 'a', 'm', 'e', 1, 0, 0, 0, 19, 0, 0, 1, 244, 1, 0, 0, 0, 3, 1});
     const std::string urls = "http://tvapps/app/index.html?a=1#x";
     const std::string more = "dvb://current.ait/1a.2";
     write(dir + "/fuzz_urls/http-and-current-ait", Bytes(urls.begin(), urls.end()));
@@ -75,6 +90,7 @@ int main(int argc, char** argv)
     write(dir + "/fuzz_carousel/small-carousel",
           carouselSeed(2, {{"index.html", "<html><body>seed</body></html>"}, {"d/a.css", std::string(200, 'a')}}));
     write(dir + "/fuzz_carousel/hostile-names-extracted",
-          carouselSeed(6, {{"index.html", "seed"}, {"../../escaped.txt", "out"}, {"d/./../../x/y", "deep"}, {"e/f", "ok"}}));
+          carouselSeed(
+              6, {{"index.html", "seed"}, {"../../escaped.txt", "out"}, {"d/./../../x/y", "deep"}, {"e/f", "ok"}}));
     return 0;
 }

@@ -44,7 +44,7 @@ std::string textOf(const char* text)
     return text ? text : "";
 }
 
-} // namespace
+}  // namespace
 
 bool BrowserNotificationDispatcher::dispatch(int id)
 {
@@ -55,15 +55,24 @@ bool BrowserNotificationDispatcher::dispatch(int id)
     if (!tesmo_hbbtv_is_hbbtv_window(browserWindow))
         return false;
     switch (id) {
-    case DAXO_TESMO_EVT_WINDOW_CLOSE: return windowClosed();
-    case DAXO_TESMO_EVT_LOADING_STARTED: return handled(RESULT_DONE);
-    case DAXO_TESMO_EVT_LOADING_FINISHED: return loadingFinished();
-    case DAXO_TESMO_EVT_LOADING_FAILED: return loadingFailed();
-    case DAXO_TESMO_EVT_PROTOCOL_LOADING_START: return protocolLoadingStart();
-    case DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED: return xmlParseFailed();
-    case DAXO_TESMO_EVT_XHR_REQUEST: return scriptRequest();
-    case DAXO_TESMO_EVT_AIT: return xmlAit();
-    default: return false;
+    case DAXO_TESMO_EVT_WINDOW_CLOSE:
+        return windowClosed();
+    case DAXO_TESMO_EVT_LOADING_STARTED:
+        return handled(RESULT_DONE);
+    case DAXO_TESMO_EVT_LOADING_FINISHED:
+        return loadingFinished();
+    case DAXO_TESMO_EVT_LOADING_FAILED:
+        return loadingFailed();
+    case DAXO_TESMO_EVT_PROTOCOL_LOADING_START:
+        return protocolLoadingStart();
+    case DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED:
+        return xmlParseFailed();
+    case DAXO_TESMO_EVT_XHR_REQUEST:
+        return scriptRequest();
+    case DAXO_TESMO_EVT_AIT:
+        return xmlAit();
+    default:
+        return false;
     }
 }
 
@@ -226,4 +235,4 @@ bool BrowserNotificationDispatcher::xmlAit()
     return handled(RESULT_DONE);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -35,10 +35,10 @@ private:
     bool handled(int result);
 
     DAXO_TesmoWindow* browserWindow;
-    void* data;       // the core's record for this id; may be null
+    void* data;  // the core's record for this id; may be null
     int* resultSlot;  // may be null
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

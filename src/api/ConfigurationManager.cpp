@@ -52,4 +52,4 @@ void ConfigurationManager::init(DAXO_Tesmo* core)
     supportedKeyInput = hbbtv_keyset_get_supported_values();
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

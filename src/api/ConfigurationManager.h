@@ -54,7 +54,7 @@ public:
 private:
     ConfigurationManager() = default;
 
-    DAXO_Tesmo* browserCore = nullptr;       // borrowed from the platform
+    DAXO_Tesmo* browserCore = nullptr;  // borrowed from the platform
     ThreadsafeEventQueue* eventQueue = nullptr;  // owned
     OCDownloadManager* downloadManager = nullptr;  // owned
     HbbTVVersion hbbTVVersion{1, 1, 1};
@@ -65,6 +65,6 @@ private:
     static std::mutex queueMutex;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

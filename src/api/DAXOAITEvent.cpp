@@ -18,4 +18,4 @@ void DAXOAITEvent::execute()
     target->activateAIT();
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -18,6 +18,6 @@ private:
     ref_ptr<AIT> ait;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

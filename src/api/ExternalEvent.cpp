@@ -24,8 +24,7 @@ struct FreeDeleter {
     void operator()(void* p) const { std::free(p); }
 };
 
-template <typename T>
-using PlatformOwned = std::unique_ptr<T, FreeDeleter>;
+template <typename T> using PlatformOwned = std::unique_ptr<T, FreeDeleter>;
 
 LogEntry eventLog(LogLevel level)
 {
@@ -45,11 +44,9 @@ Window* existingWindow(HBBTV_Window* window)
     return window && manager && manager->windowExists(window) ? window : nullptr;
 }
 
-} // namespace
+}  // namespace
 
-ExternalEvent::ExternalEvent(int type, HBBTV_EventData* data) : type(type), data(data)
-{
-}
+ExternalEvent::ExternalEvent(int type, HBBTV_EventData* data) : type(type), data(data) {}
 
 ExternalEvent::~ExternalEvent()
 {
@@ -68,35 +65,52 @@ bool ExternalEvent::forgetWindow(const Window* window)
     if (!data)
         return false;
     switch (type) {
-    case HBBTV_EVENT_START_APPLICATION: return data->start_application.window == window;
-    case HBBTV_EVENT_TERMINATE_APPLICATION: return data->terminate_application.window == window;
+    case HBBTV_EVENT_START_APPLICATION:
+        return data->start_application.window == window;
+    case HBBTV_EVENT_TERMINATE_APPLICATION:
+        return data->terminate_application.window == window;
     case HBBTV_EVENT_START_BROADCAST_INDEPENDENT:
         if (data->start_broadcast_independent.window != window)
             return false;
         std::free(data->start_broadcast_independent.url);
         data->start_broadcast_independent.url = nullptr;
         return true;
-    default: return false;
+    default:
+        return false;
     }
 }
 
 void ExternalEvent::dispatch(HBBTV_EventData* event)
 {
     switch (type) {
-    case HBBTV_EVENT_AIT_SECTION: return handleAitSection(event);
-    case HBBTV_EVENT_AIT_WITHDRAWN: return handleAitWithdrawn();
-    case HBBTV_EVENT_START_APPLICATION: return handleStartApplication(event);
-    case HBBTV_EVENT_START_BROADCAST_INDEPENDENT: return handleStartBroadcastIndependent(event);
-    case HBBTV_EVENT_TERMINATE_APPLICATION: return handleTerminateApplication(event);
-    case HBBTV_EVENT_DSMCC_FILE_READY: return handleCarouselFile(event, true);
-    case HBBTV_EVENT_DSMCC_FILE_ERROR: return handleCarouselFile(event, false);
-    case HBBTV_EVENT_BROADBAND_UP: return handleBroadband(true);
-    case HBBTV_EVENT_BROADBAND_DOWN: return handleBroadband(false);
-    case HBBTV_EVENT_DSMCC_STREAM_EVENT: return handleStreamEvent(event);
-    case HBBTV_EVENT_LOW_MEMORY: return call_low_memory_listener();
-    case HBBTV_EVENT_TERMINAL_IDENTITY: return handleTerminalIdentity(event);
-    case HBBTV_EVENT_PLATFORM_PROFILES: return handlePlatformProfiles(event);
-    default: return;
+    case HBBTV_EVENT_AIT_SECTION:
+        return handleAitSection(event);
+    case HBBTV_EVENT_AIT_WITHDRAWN:
+        return handleAitWithdrawn();
+    case HBBTV_EVENT_START_APPLICATION:
+        return handleStartApplication(event);
+    case HBBTV_EVENT_START_BROADCAST_INDEPENDENT:
+        return handleStartBroadcastIndependent(event);
+    case HBBTV_EVENT_TERMINATE_APPLICATION:
+        return handleTerminateApplication(event);
+    case HBBTV_EVENT_DSMCC_FILE_READY:
+        return handleCarouselFile(event, true);
+    case HBBTV_EVENT_DSMCC_FILE_ERROR:
+        return handleCarouselFile(event, false);
+    case HBBTV_EVENT_BROADBAND_UP:
+        return handleBroadband(true);
+    case HBBTV_EVENT_BROADBAND_DOWN:
+        return handleBroadband(false);
+    case HBBTV_EVENT_DSMCC_STREAM_EVENT:
+        return handleStreamEvent(event);
+    case HBBTV_EVENT_LOW_MEMORY:
+        return call_low_memory_listener();
+    case HBBTV_EVENT_TERMINAL_IDENTITY:
+        return handleTerminalIdentity(event);
+    case HBBTV_EVENT_PLATFORM_PROFILES:
+        return handlePlatformProfiles(event);
+    default:
+        return;
     }
 }
 
@@ -124,9 +138,9 @@ void ExternalEvent::feedSection(Window& window, const unsigned char* section, co
 {
     const ref_ptr<AIT> current = window.getAIT();
     if (!window.getNextAIT())
-        window.setNextAIT(ref_ptr<AIT>(new AIT(event.ait_section.original_network_id,
-                                               event.ait_section.transport_stream_id, event.ait_section.service_id,
-                                               event.ait_section.channel)));
+        window.setNextAIT(
+            ref_ptr<AIT>(new AIT(event.ait_section.original_network_id, event.ait_section.transport_stream_id,
+                                 event.ait_section.service_id, event.ait_section.channel)));
     const ref_ptr<AIT> next = window.getNextAIT();
     if (!next->parse(section))
         return;
@@ -244,4 +258,4 @@ void ExternalEvent::handlePlatformProfiles(HBBTV_EventData* event)
         ConfigurationManager::getInstance()->setSupportedPlatformProfiles(event->platform_profiles.profiles);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -43,6 +43,6 @@ private:
     HBBTV_EventData* data;  // owned; malloc'ed by the platform
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -22,4 +22,4 @@ void LoadSuccessEvent::execute()
     window->reportLoadSuccess(daxoWindow);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -16,6 +16,6 @@ private:
     DAXO_TesmoWindow* daxoWindow;  // the browser core's; looked up when the event runs
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -20,4 +20,4 @@ void StartApplicationEvent::execute()
         LogEntry(LOG_LEVEL_ERR, "StartApplicationEvent") << "Invalid setup or window do not exist.";
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

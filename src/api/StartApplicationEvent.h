@@ -17,6 +17,6 @@ private:
     uint32_t applicationId;  // found again through the window when the event runs
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -20,4 +20,4 @@ void StopApplicationEvent::execute()
         LogEntry(LOG_LEVEL_ERR, "StopApplicationEvent") << "Invalid setup or window do not exist.";
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

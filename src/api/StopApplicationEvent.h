@@ -18,6 +18,6 @@ private:
     bool reactivate;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -60,4 +60,4 @@ bool ThreadsafeEventQueue::executeFirst()
     return true;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

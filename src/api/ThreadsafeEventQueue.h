@@ -45,6 +45,6 @@ private:
     pthread_mutex_t mutex;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -5,9 +5,7 @@
 
 namespace TesmoHbbTV {
 
-WindowEvent::WindowEvent(Window* window) : window(window), windowSerial(window ? window->getSerial() : 0)
-{
-}
+WindowEvent::WindowEvent(Window* window) : window(window), windowSerial(window ? window->getSerial() : 0) {}
 
 Window* WindowEvent::liveWindow() const
 {
@@ -17,4 +15,4 @@ Window* WindowEvent::liveWindow() const
     return window;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

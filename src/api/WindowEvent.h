@@ -22,6 +22,6 @@ protected:
     uint32_t windowSerial;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -51,7 +51,7 @@ bool refusedInCallback(const char* function)
     return true;
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
@@ -218,4 +218,4 @@ bool tesmo_hbbtv_add_log_output(int min_level, const char* path)
     return true;
 }
 
-} // extern "C"
+}  // extern "C"

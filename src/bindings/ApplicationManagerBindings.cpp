@@ -38,7 +38,7 @@ void* idAsPointer(uint32_t id)
     return reinterpret_cast<void*>(static_cast<uintptr_t>(id));
 }
 
-} // namespace
+}  // namespace
 
 void call_application_destroyed_listener(Application* application)
 {
@@ -75,8 +75,8 @@ Application* get_application_from_window(long handle)
 Application* get_application_from_id(void* id)
 {
     WindowManager* manager = WindowManager::existingInstance();
-    Application* app = manager ? manager->getApplication(static_cast<unsigned long>(reinterpret_cast<uintptr_t>(id)))
-                               : nullptr;
+    Application* app =
+        manager ? manager->getApplication(static_cast<unsigned long>(reinterpret_cast<uintptr_t>(id))) : nullptr;
     if (!app)
         bindingLog() << "Native application manager api called with invalid appId.";
     return app;
@@ -87,7 +87,7 @@ uint32_t get_id_from_application(const Application* application)
     return application ? application->getID() : 0;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 using namespace TesmoHbbTV;
 
@@ -113,7 +113,7 @@ Application* startFromScript(Window& window, const std::string& url, int& result
     return window.createApplication(HbbTVURL(url), nullptr);
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
@@ -268,11 +268,10 @@ int native_PermissionsIsTrusted(long window_handle, const char* url)
         return RESULT_NO;
     const AITApplication* entry = app->getAITApplication();
     bool trusted = app->isBroadcastRelated() && entry && entry->isSigned() && app->isWithinApplicationBoundaries(url);
-    NotificationManager::raise<TrustedNotification>(app->getWindow(), url, &trusted, app->isBroadcastRelated(),
-                                                     entry ? entry->getOrganisationIdentifier() : 0,
-                                                     entry ? entry->getApplicationIdentifier() : 0,
-                                                     entry ? entry->getApplicationUsageType() : 0,
-                                                     app->isLaunchedAsAutostart());
+    NotificationManager::raise<TrustedNotification>(
+        app->getWindow(), url, &trusted, app->isBroadcastRelated(), entry ? entry->getOrganisationIdentifier() : 0,
+        entry ? entry->getApplicationIdentifier() : 0, entry ? entry->getApplicationUsageType() : 0,
+        app->isLaunchedAsAutostart());
     return trusted ? RESULT_OK : RESULT_NO;
 }
 
@@ -284,4 +283,4 @@ int native_PermissionsIsBroadcastRelated(long window_handle, const char* url)
     return app && app->isWithinApplicationBoundaries(url) && app->isBroadcastRelated() ? RESULT_OK : RESULT_NO;
 }
 
-} // extern "C"
+}  // extern "C"

@@ -20,6 +20,6 @@ Application* get_application_from_window(long handle);
 Application* get_application_from_id(void* id);
 uint32_t get_id_from_application(const Application* application);
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -11,8 +11,16 @@ namespace TesmoHbbTV {
 class KeySet {
 public:
     enum : int32_t {
-        RED = 0x1, GREEN = 0x2, YELLOW = 0x4, BLUE = 0x8, NAVIGATION = 0x10, VCR = 0x20,
-        SCROLL = 0x40, INFO = 0x80, NUMERIC = 0x100, ALPHA = 0x200
+        RED = 0x1,
+        GREEN = 0x2,
+        YELLOW = 0x4,
+        BLUE = 0x8,
+        NAVIGATION = 0x10,
+        VCR = 0x20,
+        SCROLL = 0x40,
+        INFO = 0x80,
+        NUMERIC = 0x100,
+        ALPHA = 0x200
     };
 
     explicit KeySet(int value) : value(value) {}
@@ -26,6 +34,6 @@ private:
     int32_t value;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -36,7 +36,7 @@ int32_t toKeySetValue(double value)
     return static_cast<int32_t>(value);
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
@@ -77,4 +77,4 @@ int native_KeySetSetValue(void* application_id, double value, double* result)
     return RESULT_OK;
 }
 
-} // extern "C"
+}  // extern "C"

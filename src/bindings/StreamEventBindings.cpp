@@ -43,7 +43,7 @@ uint16_t low16(double value)
     return static_cast<uint16_t>(static_cast<uint32_t>(static_cast<int64_t>(value)));
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
@@ -91,4 +91,4 @@ int native_BroadcastRemoveAllStreamEventListeners(void* a)
     return RESULT_OK;
 }
 
-} // extern "C"
+}  // extern "C"

@@ -20,7 +20,7 @@ const int HTTP_OK = 200;
 const int HTTP_NOT_FOUND = 404;
 const size_t SCHEME_LENGTH = 6;  // "dvb://"
 
-} // namespace
+}  // namespace
 
 OCDownloadManager::StartResult OCDownloadManager::startDownload(const HbbTVDVBURL& url, void* id)
 {
@@ -117,4 +117,4 @@ void OCDownloadManager::handleDownloadFailed(void* id)
     dsmcc_close_file(id);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -31,6 +31,6 @@ private:
     std::unordered_set<void*> downloads;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

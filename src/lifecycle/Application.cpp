@@ -24,7 +24,8 @@ Application::Application(Window* window, const HbbTVURL& url, AITApplication* ai
     // itself during construction.
     setBroadcastRelated(aitApplication && !aitApplication->isXMLAITbased());
     shown = !broadcastRelated;
-    keySet = std::make_unique<KeySet>(broadcastRelated ? 0 : ConfigurationManager::getInstance()->getSupportedKeyInput());
+    keySet =
+        std::make_unique<KeySet>(broadcastRelated ? 0 : ConfigurationManager::getInstance()->getSupportedKeyInput());
     if (aitApplication) {
         organisationId = aitApplication->getOrganisationIdentifier();
         applicationId = aitApplication->getApplicationIdentifier();
@@ -94,8 +95,8 @@ void Application::setBroadcastRelated(bool related)
         return;
     const unsigned char usage = aitApplication ? aitApplication->getApplicationUsageType() : 0;
     NotificationManager::raise<BroadcastRelatedChangeNotification>(window, related, constantFlag, launchedAsAutostart,
-                                                                    organisationId, applicationId,
-                                                                    url.getFullUrl().c_str(), usage);
+                                                                   organisationId, applicationId,
+                                                                   url.getFullUrl().c_str(), usage);
 }
 
 ApplicationDomain* Application::getApplicationDomain() const
@@ -142,4 +143,4 @@ void Application::adoptParentOf(Application& other)
     other.parentId = 0;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

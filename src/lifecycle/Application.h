@@ -81,11 +81,11 @@ private:
     void extendDomainFromAITApplication();
 
     uint32_t identifier;
-    Window* window;                       // the owner
+    Window* window;  // the owner
     DAXO_TesmoWindow* browserWindow = nullptr;  // the platform's
     HbbTVURL url;
-    AITApplication* aitApplication;       // lives in aitTable
-    ref_ptr<AIT> aitTable;                // keeps the entry's table alive while it is used
+    AITApplication* aitApplication;  // lives in aitTable
+    ref_ptr<AIT> aitTable;  // keeps the entry's table alive while it is used
     ref_ptr<AITApplicationTransport> transport;
     const bool constantFlag = true;
     bool initialPageLoaded = false;
@@ -101,6 +101,6 @@ private:
     uint32_t parentId = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

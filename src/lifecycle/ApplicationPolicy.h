@@ -11,6 +11,6 @@ public:
     virtual void releaseWindow() = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

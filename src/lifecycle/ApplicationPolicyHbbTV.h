@@ -27,6 +27,6 @@ private:
     int32_t grantedWindows = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

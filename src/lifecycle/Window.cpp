@@ -38,13 +38,11 @@ bool followsTimeShift(const AITApplication* entry)
 const int32_t ANSWER_BLOCK_AND_KILL = HBBTV_APPLICATION_ACTION_BLOCK_AND_KILL;
 const int32_t ANSWER_BLOCK_AND_KEEP = HBBTV_APPLICATION_ACTION_BLOCK_AND_KEEP;
 
-} // namespace
+}  // namespace
 
 uint32_t Window::nextSerial = 1;
 
-Window::Window(WindowManager* manager) : manager(manager), serial(nextSerial++)
-{
-}
+Window::Window(WindowManager* manager) : manager(manager), serial(nextSerial++) {}
 
 Window::~Window()
 {
@@ -180,7 +178,8 @@ bool Window::activateIdle()
 bool Window::activateRunning()
 {
     if (!runningApplication) {
-        windowLog(LOG_LEVEL_WARN) << "When activating AIT the manager state was RUNNING, but no running application was found.";
+        windowLog(LOG_LEVEL_WARN)
+            << "When activating AIT the manager state was RUNNING, but no running application was found.";
         state = IDLE;
         return activateAIT();
     }
@@ -203,8 +202,8 @@ AITApplication* Window::successorEntry(Application& running, AITApplicationTrans
         return nullptr;
     if (entry->isSignalledAsServiceBound() && (!previousAIT || previousAIT->isInvalid()))
         return nullptr;
-    AITApplication* next = ait ? ait->getAITApplication(entry->getOrganisationIdentifier(), entry->getApplicationIdentifier())
-                               : nullptr;
+    AITApplication* next =
+        ait ? ait->getAITApplication(entry->getOrganisationIdentifier(), entry->getApplicationIdentifier()) : nullptr;
     if (!next || next->isSignalledWith(AITApplication::KILL))
         return nullptr;
     if (!running.isBroadcastRelated() && entry->getChannelHandle() != next->getChannelHandle())
@@ -215,8 +214,9 @@ AITApplication* Window::successorEntry(Application& running, AITApplicationTrans
         return nullptr;
 
     if (!entry->isXMLAITbased()) {
-        windowLog(LOG_LEVEL_LOG) << "Transferring state of running application from broadcast independent (transitioned "
-                           << "earlier from broadcast related) to broadcast related at new AIT load.";
+        windowLog(LOG_LEVEL_LOG)
+            << "Transferring state of running application from broadcast independent (transitioned "
+            << "earlier from broadcast related) to broadcast related at new AIT load.";
         running.setBroadcastRelated(true);
         return next;
     }
@@ -226,7 +226,8 @@ AITApplication* Window::successorEntry(Application& running, AITApplicationTrans
     next->getApplicationDomain()->addBoundaryExtension(running.getURL().getFullUrl());
     if (!isLoadedUrlWithinBoundaries(next->getApplicationDomain()))
         return nullptr;
-    windowLog(LOG_LEVEL_LOG) << "Transferring state of running application from broadcast independent to broadcast related at new AIT load";
+    windowLog(LOG_LEVEL_LOG)
+        << "Transferring state of running application from broadcast independent to broadcast related at new AIT load";
     running.setBroadcastRelated(true);
     keptTransport = transport;
     return next;
@@ -239,7 +240,8 @@ bool Window::continueRunningApplication(Application& running, AITApplication& en
     if (!transport)
         transport = entry.getFirstAvailableTransport(broadband());
     if (!transport) {
-        windowLog(LOG_LEVEL_ERR) << "Something really funky is going on! No transport found for the application in newly loaded AIT!";
+        windowLog(LOG_LEVEL_ERR)
+            << "Something really funky is going on! No transport found for the application in newly loaded AIT!";
         return false;
     }
     running.setTransport(transport);
@@ -306,7 +308,8 @@ Application* Window::createApplication(const HbbTVURL& url, AITApplication* entr
     NotificationManager::raise<StartApplicationNotification>(
         this, entry && !entry->isXMLAITbased(), entry ? entry->getOrganisationIdentifier() : 0,
         entry ? entry->getApplicationIdentifier() : 0, target.getFullUrl().c_str(),
-        entry ? entry->getApplicationUsageType() : 0, entry && entry->isSignalledWith(AITApplication::AUTOSTART), &answer);
+        entry ? entry->getApplicationUsageType() : 0, entry && entry->isSignalledWith(AITApplication::AUTOSTART),
+        &answer);
     if (released)  // by a listener, while it was asked
         return nullptr;
 
@@ -333,7 +336,8 @@ Application* Window::createApplication(const HbbTVURL& url, AITApplication* entr
 void Window::startPendingApplication(Application* app)
 {
     if (!app || !isPendingApplication(app)) {
-        windowLog(LOG_LEVEL_WARN) << "startPendingApplication: application does not matching pending application, aborting.";
+        windowLog(LOG_LEVEL_WARN)
+            << "startPendingApplication: application does not matching pending application, aborting.";
         if (app)
             destroyApplication(app);
         return;
@@ -344,7 +348,8 @@ void Window::startPendingApplication(Application* app)
         if (!app->getParentApplication())
             app->setParentApplication(nullptr);
         else
-            windowLog(LOG_LEVEL_DEBUG) << "Allowing currently running application to live as fallback until initial page of new application loaded.";
+            windowLog(LOG_LEVEL_DEBUG)
+                << "Allowing currently running application to live as fallback until initial page of new application loaded.";
     } else if (runningApplication) {
         windowLog(LOG_LEVEL_LOG) << "Shutting down existing application.";
         shutdownApplication(runningApplication, true, false);
@@ -400,9 +405,9 @@ bool Window::shutdownApplication(Application* app, bool immediate, bool reactiva
         setRunningApplication(nullptr);
 
     bool reactivateAit = reactivate && app->isBroadcastRelated() && !pendingApplication && !runningApplication;
-    NotificationManager::raise<StopApplicationNotification>(this, app->isBroadcastRelated(), app->getOrganisationIdentifier(),
-                                                            app->getApplicationIdentifier(),
-                                                            app->getURL().getFullUrl().c_str(), &reactivateAit);
+    NotificationManager::raise<StopApplicationNotification>(
+        this, app->isBroadcastRelated(), app->getOrganisationIdentifier(), app->getApplicationIdentifier(),
+        app->getURL().getFullUrl().c_str(), &reactivateAit);
     destroyApplication(app);
     if (reactivateAit) {
         windowLog(LOG_LEVEL_LOG) << "Reactivating AIT...";
@@ -470,7 +475,7 @@ Application* Window::getApplication(DAXO_TesmoWindow* daxoWindow) const
     return nullptr;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 namespace TesmoHbbTV {
 
@@ -602,4 +607,4 @@ bool Window::setTimeShifted(bool shifted)
     return true;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -95,7 +95,7 @@ private:
     // Started, oldest first. A platform with one browser window may grant the same one to
     // a parent and its child; the newest holds the page.
     std::vector<Application*> applications;
-    WindowManager* manager;                                 // the owner
+    WindowManager* manager;  // the owner
     ref_ptr<AIT> ait;
     ref_ptr<AIT> previousAIT;
     ref_ptr<AIT> nextAIT;
@@ -114,6 +114,6 @@ private:
     static uint32_t nextSerial;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -15,9 +15,7 @@ namespace TesmoHbbTV {
 
 WindowManager* WindowManager::instance = nullptr;
 
-WindowManager::WindowManager() : policy(std::make_unique<ApplicationPolicyHbbTV>())
-{
-}
+WindowManager::WindowManager() : policy(std::make_unique<ApplicationPolicyHbbTV>()) {}
 
 WindowManager* WindowManager::getInstance()
 {
@@ -153,4 +151,4 @@ void WindowManager::setBroadcastWindow(Window* window)
         broadcastWindow = window;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

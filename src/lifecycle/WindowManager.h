@@ -50,17 +50,17 @@ private:
     WindowManager();
     void forgetWindow(Window* window);
 
-    std::list<Window*> windows;                           // owned, in creation order
+    std::list<Window*> windows;  // owned, in creation order
     bool broadbandUsable = true;
     bool closing = false;
     std::map<DAXO_TesmoWindow*, Window*> browserWindows;  // not owning
-    std::map<unsigned long, Application*> applications;   // not owning
+    std::map<unsigned long, Application*> applications;  // not owning
     std::unique_ptr<ApplicationPolicy> policy;
-    Window* broadcastWindow = nullptr;                    // one of windows
+    Window* broadcastWindow = nullptr;  // one of windows
 
     static WindowManager* instance;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

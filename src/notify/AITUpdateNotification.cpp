@@ -28,7 +28,7 @@ char** transportUrls(const AITApplication& app, int32_t count)
     return urls;
 }
 
-} // namespace
+}  // namespace
 
 AITUpdateNotification::AITUpdateNotification(void* window, AIT* ait)
     : Notification(HBBTV_NOTIFICATION_AIT_UPDATE, ait != nullptr)
@@ -71,4 +71,4 @@ AITUpdateNotification::~AITUpdateNotification()
     std::free(update.applications);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

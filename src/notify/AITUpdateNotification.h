@@ -15,6 +15,6 @@ public:
     ~AITUpdateNotification() override;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -4,8 +4,7 @@
 
 namespace TesmoHbbTV {
 
-ApplicationNotification::ApplicationNotification(HBBTV_NotificationType type, const Fields& fields)
-    : Notification(type)
+ApplicationNotification::ApplicationNotification(HBBTV_NotificationType type, const Fields& fields) : Notification(type)
 {
     HBBTV_ApplicationNotificationData& app = application();
     app.window = fields.window;
@@ -25,4 +24,4 @@ ApplicationNotification::~ApplicationNotification()
     std::free(application().url);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -26,6 +26,6 @@ protected:
     HBBTV_ApplicationNotificationData& application() { return data->application; }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

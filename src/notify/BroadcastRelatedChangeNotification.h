@@ -10,13 +10,13 @@ public:
     BroadcastRelatedChangeNotification(void* window, bool broadcast_related, bool flag_b, bool autostart,
                                        unsigned long organisation_id, unsigned short application_id, const char* url,
                                        unsigned char usage_type)
-        : ApplicationNotification(HBBTV_NOTIFICATION_BROADCAST_RELATED_CHANGE,
-                                  {window, broadcast_related, flag_b, autostart, organisation_id, application_id, url,
-                                   nullptr, usage_type})
+        : ApplicationNotification(
+              HBBTV_NOTIFICATION_BROADCAST_RELATED_CHANGE,
+              {window, broadcast_related, flag_b, autostart, organisation_id, application_id, url, nullptr, usage_type})
     {
     }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,6 +14,6 @@ public:
     }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -13,6 +13,6 @@ public:
     }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -15,6 +15,6 @@ public:
     }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

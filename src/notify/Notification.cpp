@@ -6,7 +6,8 @@
 namespace TesmoHbbTV {
 
 Notification::Notification(HBBTV_NotificationType type, bool withPayload)
-    : type(type), data(withPayload ? static_cast<HBBTV_NotificationData*>(std::calloc(1, sizeof(HBBTV_NotificationData))) : nullptr)
+    : type(type),
+      data(withPayload ? static_cast<HBBTV_NotificationData*>(std::calloc(1, sizeof(HBBTV_NotificationData))) : nullptr)
 {
 }
 
@@ -26,4 +27,4 @@ char* Notification::copyString(const char* text)
     return strdup(text ? text : "");
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -31,6 +31,6 @@ protected:
     HBBTV_NotificationData* data;  // owned
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -44,4 +44,4 @@ void NotificationManager::broadcast(Notification* notification)
         record->call(listeners[i]);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

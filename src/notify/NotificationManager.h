@@ -27,8 +27,7 @@ public:
     void broadcast(Notification* notification);
 
     // Raises a record built from the arguments, when there is a manager.
-    template <typename Record, typename... Args>
-    static void raise(Args&&... args)
+    template <typename Record, typename... Args> static void raise(Args&&... args)
     {
         if (NotificationManager* manager = getInstance())
             manager->broadcast(new Record(std::forward<Args>(args)...));
@@ -46,6 +45,6 @@ private:
     static NotificationManager* instance;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

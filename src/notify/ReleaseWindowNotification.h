@@ -22,6 +22,6 @@ private:
     bool* released;  // the asker's
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

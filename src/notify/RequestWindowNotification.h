@@ -23,6 +23,6 @@ private:
     bool* granted;  // the asker's
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

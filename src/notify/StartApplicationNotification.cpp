@@ -6,9 +6,9 @@ StartApplicationNotification::StartApplicationNotification(void* window, bool br
                                                            unsigned long organisation_id, unsigned short application_id,
                                                            const char* url, unsigned char usage_type, bool autostart,
                                                            int32_t* action)
-    : ApplicationNotification(HBBTV_NOTIFICATION_APPLICATION_START,
-                              {window, broadcast_signalled, false, autostart, organisation_id, application_id, url,
-                               nullptr, usage_type}),
+    : ApplicationNotification(
+          HBBTV_NOTIFICATION_APPLICATION_START,
+          {window, broadcast_signalled, false, autostart, organisation_id, application_id, url, nullptr, usage_type}),
       action(action)
 {
     // The asker's preset is the answer until a listener writes another: 0 normally, and a
@@ -23,4 +23,4 @@ StartApplicationNotification::~StartApplicationNotification()
         *action = application().action;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -18,6 +18,6 @@ private:
     int32_t* action;  // the asker's
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

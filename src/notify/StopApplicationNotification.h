@@ -10,13 +10,13 @@ class StopApplicationNotification : public ApplicationNotification {
 public:
     StopApplicationNotification(void* window, bool broadcast_related, unsigned long organisation_id,
                                 unsigned short application_id, const char* url, bool* reactivate_ait)
-        : ApplicationNotification(HBBTV_NOTIFICATION_APPLICATION_STOP,
-                                  {window, broadcast_related, false, false, organisation_id, application_id, url,
-                                   reactivate_ait, 0})
+        : ApplicationNotification(
+              HBBTV_NOTIFICATION_APPLICATION_STOP,
+              {window, broadcast_related, false, false, organisation_id, application_id, url, reactivate_ait, 0})
     {
     }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -27,6 +27,6 @@ private:
     bool* trusted;  // the asker's
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -29,6 +29,6 @@ private:
     int32_t* permission;  // the asker's
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

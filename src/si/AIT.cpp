@@ -13,7 +13,7 @@ const uint8_t TRANSPORT_PROTOCOL_DESCRIPTOR = 0x02;
 const size_t SECTION_HEADER_SIZE = 10;  // through common_descriptors_length
 const size_t APPLICATION_ENTRY_HEADER_SIZE = 9;
 
-} // namespace
+}  // namespace
 
 AIT::AIT(unsigned short originalNetworkId, unsigned short transportStreamId, unsigned short serviceId,
          void* channelHandle)
@@ -22,9 +22,7 @@ AIT::AIT(unsigned short originalNetworkId, unsigned short transportStreamId, uns
 {
 }
 
-AIT::AIT() : xmlAIT(true), complete(true)
-{
-}
+AIT::AIT() : xmlAIT(true), complete(true) {}
 
 AIT::~AIT() = default;
 
@@ -129,8 +127,9 @@ void AIT::insertAITApplication(AITApplication* app)
         applications.push_back(std::unique_ptr<AITApplication>(app));
         return;
     }
-    auto lower = std::find_if(applications.begin(), applications.end(),
-                              [priority](const auto& existing) { return existing->getApplicationPriority() < priority; });
+    auto lower = std::find_if(applications.begin(), applications.end(), [priority](const auto& existing) {
+        return existing->getApplicationPriority() < priority;
+    });
     applications.insert(lower, std::unique_ptr<AITApplication>(app));
 }
 
@@ -163,8 +162,8 @@ AITApplication* AIT::getAITApplication(AITApplication::ControlCode code, bool br
 AITApplication* AIT::getNextAITApplication(const AITApplication* after, AITApplication::ControlCode code,
                                            bool broadbandAvailable) const
 {
-    auto it = std::find_if(applications.begin(), applications.end(),
-                           [after](const auto& app) { return app.get() == after; });
+    auto it =
+        std::find_if(applications.begin(), applications.end(), [after](const auto& app) { return app.get() == after; });
     if (it == applications.end())
         return nullptr;
     for (++it; it != applications.end(); ++it)
@@ -192,4 +191,4 @@ AITApplication* AIT::getFirstDigitalTeletextAITApplication() const
     return getFirstAITApplicationOfUsageType(AITApplication::DIGITAL_TELETEXT);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

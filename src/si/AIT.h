@@ -82,6 +82,6 @@ private:
     unsigned receivedCount = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -47,7 +47,7 @@ enum DescriptorTag : uint8_t {
     SIMPLE_APPLICATION_BOUNDARY = 0x17,
 };
 
-} // namespace
+}  // namespace
 
 AITApplication::AITApplication(AIT* ait, char* room, size_t nameRoom, size_t locationRoom)
     : ait(ait), name(room, nameRoom), channelHandle(ait ? ait->getChannelHandle() : nullptr),
@@ -80,7 +80,8 @@ std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, SectionReader e
 
 std::unique_ptr<AITApplication> AITApplication::create(AIT* ait, const DAXO_AITApplication& record)
 {
-    return allocate(ait, record.name ? std::strlen(record.name) : 0, record.location ? std::strlen(record.location) : 0);
+    return allocate(ait, record.name ? std::strlen(record.name) : 0,
+                    record.location ? std::strlen(record.location) : 0);
 }
 
 AITApplication::~AITApplication() = default;
@@ -173,9 +174,9 @@ void AITApplication::addLocalTransport(SectionReader descriptor, LocalTransports
 AITApplication::Transport AITApplication::makeLocalTransport(SectionReader descriptor) const
 {
     Transport transport = AITApplicationTransport::create(descriptor);
-    const bool implicitService = transport->getProtocolId() == AITApplicationTransport::HTTP ||
-                                 (transport->getProtocolId() == AITApplicationTransport::OBJECT_CAROUSEL &&
-                                  !transport->isRemoteConnection());
+    const bool implicitService =
+        transport->getProtocolId() == AITApplicationTransport::HTTP ||
+        (transport->getProtocolId() == AITApplicationTransport::OBJECT_CAROUSEL && !transport->isRemoteConnection());
     if (implicitService && ait)
         transport->setService(ait->getOriginalNetworkId(), ait->getTransportStreamId(), ait->getServiceId());
     return transport;
@@ -338,4 +339,4 @@ bool AITApplication::isTransportedOverProtocol(AITApplicationTransport::Protocol
     return false;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

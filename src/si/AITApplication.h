@@ -28,8 +28,14 @@ class AITApplication {
 public:
     // Values other than these are kept as signalled.
     enum ControlCode : uint8_t {
-        AUTOSTART = 1, PRESENT = 2, DESTROY = 3, KILL = 4,
-        PREFETCH = 5, REMOTE = 6, DISABLED = 7, PLAYBACK_AUTOSTART = 8
+        AUTOSTART = 1,
+        PRESENT = 2,
+        DESTROY = 3,
+        KILL = 4,
+        PREFETCH = 5,
+        REMOTE = 6,
+        DISABLED = 7,
+        PLAYBACK_AUTOSTART = 8
     };
     enum ApplicationUsageType : uint8_t { NO_USAGE = 0, DIGITAL_TELETEXT = 1 };
 
@@ -123,6 +129,6 @@ private:
     std::optional<ApplicationRecordingDescriptor> recordingDescriptor;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

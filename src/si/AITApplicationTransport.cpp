@@ -102,4 +102,4 @@ std::string AITApplicationTransport::getURL(std::string_view location) const
     }
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

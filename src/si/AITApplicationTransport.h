@@ -59,6 +59,6 @@ private:
     uint8_t componentTag = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -35,4 +35,4 @@ ApplicationDescriptor::ApplicationDescriptor(SectionReader descriptor)
         transportProtocolLabels.push_back(descriptor.peek(position));
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -25,6 +25,6 @@ public:
     uint32_t visibility = NOT_VISIBLE_ALL;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

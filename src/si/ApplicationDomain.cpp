@@ -21,7 +21,7 @@ size_t hostStart(const std::string& text)
     return std::string::npos;
 }
 
-} // namespace
+}  // namespace
 
 int ApplicationDomain::extractProtocol(const std::string& text)
 {
@@ -115,4 +115,4 @@ bool ApplicationDomain::isWithinBoundaries(const std::string& url) const
     return false;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -28,6 +28,6 @@ private:
     std::vector<std::string> boundaries;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

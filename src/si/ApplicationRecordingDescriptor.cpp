@@ -37,4 +37,4 @@ ApplicationRecordingDescriptor::ApplicationRecordingDescriptor(SectionReader des
         componentTags.push_back(in.u8());
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

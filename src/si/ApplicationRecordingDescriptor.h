@@ -25,6 +25,6 @@ public:
     std::vector<uint8_t> componentTags;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

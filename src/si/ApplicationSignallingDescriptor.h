@@ -11,6 +11,6 @@ struct ApplicationSignallingDescriptor : Descriptor {
     ApplicationSignallingDescriptor() : Descriptor(TAG) {}
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

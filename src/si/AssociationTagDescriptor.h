@@ -11,6 +11,6 @@ struct AssociationTagDescriptor : Descriptor {
     AssociationTagDescriptor() : Descriptor(TAG) {}
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

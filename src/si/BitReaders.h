@@ -34,6 +34,6 @@ inline uint16_t U16GetBits(const unsigned char* p, int first, int last)
     return static_cast<uint16_t>(((uint32_t(U16GetShort(p)) << first) & 0xFFFF) >> (15 - (last - first)));
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

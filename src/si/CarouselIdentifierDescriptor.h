@@ -12,6 +12,6 @@ struct CarouselIdentifierDescriptor : Descriptor {
     uint32_t carousel_id;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

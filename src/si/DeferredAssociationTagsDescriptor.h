@@ -11,6 +11,6 @@ struct DeferredAssociationTagsDescriptor : Descriptor {
     DeferredAssociationTagsDescriptor() : Descriptor(TAG) {}
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

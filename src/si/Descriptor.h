@@ -11,6 +11,6 @@ struct Descriptor {
     uint8_t tag;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

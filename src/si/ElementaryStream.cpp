@@ -52,4 +52,4 @@ void ElementaryStream::keepDescriptor(SectionReader descriptor)
     }
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -46,6 +46,6 @@ private:
     std::unique_ptr<ApplicationSignallingDescriptor> applicationSignalling;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -19,7 +19,7 @@ uint32_t hexValue(const std::string& text)
     return value > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(value);
 }
 
-} // namespace
+}  // namespace
 
 HbbTVCurrentAITDVBURL::HbbTVCurrentAITDVBURL(const std::string& url) : HbbTVURL(url)
 {
@@ -38,4 +38,4 @@ HbbTVCurrentAITDVBURL::HbbTVCurrentAITDVBURL(const std::string& url) : HbbTVURL(
     valid = true;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -22,6 +22,6 @@ private:
     uint32_t applicationId = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -11,6 +11,6 @@ public:
     explicit HbbTVDVBURL(const std::string& url) : HbbTVURL(url) { type = URL_TYPE_DVB; }
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,7 +14,7 @@ bool startsWith(const std::string& text, const std::string& prefix)
     return text.compare(0, prefix.size(), prefix) == 0;
 }
 
-} // namespace
+}  // namespace
 
 HbbTVURL::HbbTVURL(const std::string& url)
 {
@@ -101,4 +101,4 @@ bool HbbTVURL::matches(const std::string& url) const
     return HbbTVURL(url).baseUrl == baseUrl;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -41,6 +41,6 @@ protected:
     std::string anchor;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,7 +14,7 @@ bool hasComponentTag(const ElementaryStream& stream, unsigned char tag)
     return identifier && identifier->getComponentTag() == tag;
 }
 
-} // namespace
+}  // namespace
 
 PMT::PMT(const unsigned char* section)
 {
@@ -57,4 +57,4 @@ ElementaryStream* PMT::getElementaryStreamByStreamType(unsigned char stream_type
     return nullptr;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

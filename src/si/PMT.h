@@ -27,6 +27,6 @@ private:
     std::vector<std::unique_ptr<ElementaryStream>> streams;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,4 +14,4 @@ bool PlatformProfile::isCompatible(unsigned short supportedProfiles, unsigned ch
     return micro <= terminalMicro;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

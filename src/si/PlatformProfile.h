@@ -17,6 +17,6 @@ struct PlatformProfile {
                       unsigned char terminalMicro) const;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

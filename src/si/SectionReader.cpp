@@ -18,4 +18,4 @@ void SectionReader::appendTo(TailText& out, size_t n)
     cursor += n;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

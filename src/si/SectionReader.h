@@ -77,6 +77,6 @@ private:
     bool failed = false;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,4 +14,4 @@ void usec_increase(timeval& tv, int usec)
     tv.tv_usec = sum % 1000000;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -14,6 +14,6 @@ bool isHexadecimalNumberString(const std::string& text);
 // microseconds, as callers expect.
 void usec_increase(timeval& tv, int usec);
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

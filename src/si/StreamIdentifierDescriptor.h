@@ -12,6 +12,6 @@ struct StreamIdentifierDescriptor : Descriptor {
     uint8_t component_tag;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -25,4 +25,4 @@ void EntryGuard::deleteDisposed()
     disposed.clear();
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -22,8 +22,7 @@ public:
     static bool isInside() { return depth > 0; }
 
     // Deletes the object at once outside any library call, else when the outermost returns.
-    template <typename T>
-    static void dispose(T* object)
+    template <typename T> static void dispose(T* object)
     {
         if (!object)
             return;
@@ -44,6 +43,6 @@ private:
     static std::vector<std::pair<void*, Deleter>> disposed;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

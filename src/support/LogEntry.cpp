@@ -12,15 +12,19 @@ namespace {
 const char* levelWord(LogLevel level)
 {
     switch (level) {
-    case LOG_LEVEL_DEBUG: return " DEBUG ";
-    case LOG_LEVEL_LOG: return "   LOG ";
-    case LOG_LEVEL_WARN: return "  WARN ";
-    case LOG_LEVEL_ERR: return "   ERR ";
+    case LOG_LEVEL_DEBUG:
+        return " DEBUG ";
+    case LOG_LEVEL_LOG:
+        return "   LOG ";
+    case LOG_LEVEL_WARN:
+        return "  WARN ";
+    case LOG_LEVEL_ERR:
+        return "   ERR ";
     }
     return "";
 }
 
-} // namespace
+}  // namespace
 
 LogEntry::LogEntry(LogLevel level, const char* module) : level(level)
 {
@@ -60,4 +64,4 @@ void LogEntry::output()
     Logging::getInstance()->output(*this);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

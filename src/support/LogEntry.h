@@ -8,12 +8,7 @@
 namespace TesmoHbbTV {
 
 // Levels outside 1..4 are allowed: they write no level word but still reach the outputs.
-enum LogLevel : int {
-    LOG_LEVEL_DEBUG = 1,
-    LOG_LEVEL_LOG = 2,
-    LOG_LEVEL_WARN = 3,
-    LOG_LEVEL_ERR = 4
-};
+enum LogLevel : int { LOG_LEVEL_DEBUG = 1, LOG_LEVEL_LOG = 2, LOG_LEVEL_WARN = 3, LOG_LEVEL_ERR = 4 };
 
 // One log line. Build it as a temporary, stream the message into it, and let it die:
 // the destructor hands the finished line to Logging. A line that no registered output
@@ -26,8 +21,7 @@ public:
     LogEntry(const LogEntry&) = delete;
     LogEntry& operator=(const LogEntry&) = delete;
 
-    template <typename T>
-    LogEntry& operator<<(const T& value)
+    template <typename T> LogEntry& operator<<(const T& value)
     {
         if (text)
             *text << value;
@@ -46,6 +40,6 @@ private:
     bool written = false;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

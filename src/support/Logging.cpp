@@ -67,4 +67,4 @@ void Logging::output(LogEntry& entry)
     pthread_mutex_unlock(&mutex);
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

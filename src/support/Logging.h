@@ -49,6 +49,6 @@ private:
     static TimeSource timeSource;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

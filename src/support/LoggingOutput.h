@@ -24,6 +24,6 @@ private:
     LogLevel minimumLevel;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

@@ -14,4 +14,4 @@ void LoggingOutputFile::output(LogEntry& entry)
         *file << entry.getString() << std::flush;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

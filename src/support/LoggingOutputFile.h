@@ -20,6 +20,6 @@ private:
     std::unique_ptr<std::ofstream> file;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

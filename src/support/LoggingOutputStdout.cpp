@@ -10,4 +10,4 @@ void LoggingOutputStdout::output(LogEntry& entry)
         std::cout << entry.getString() << std::flush;
 }
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV

@@ -11,6 +11,6 @@ public:
     void output(LogEntry& entry) override;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

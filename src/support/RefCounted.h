@@ -5,8 +5,7 @@ namespace TesmoHbbTV {
 
 // Intrusive reference count; the last release deletes. Counts are plain integers: all
 // reference traffic happens on the browser thread.
-template <typename T>
-class RefCounted {
+template <typename T> class RefCounted {
 public:
     virtual ~RefCounted() = default;
 
@@ -26,6 +25,6 @@ private:
     unsigned references = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

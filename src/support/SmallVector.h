@@ -12,8 +12,7 @@ namespace TesmoHbbTV {
 // of an AIT entry (profiles, labels, transports) and a table's entries rarely outgrow a few,
 // and a heap block for each would cost more than parsing them. No cap: beyond N it grows as
 // a vector does.
-template <typename T, std::size_t N>
-class SmallVector {
+template <typename T, std::size_t N> class SmallVector {
 public:
     using iterator = T*;
     using const_iterator = const T*;
@@ -84,6 +83,6 @@ private:
     std::vector<T> heap;  // holds every element once more than N were ever needed
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

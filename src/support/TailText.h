@@ -39,6 +39,6 @@ private:
     std::size_t length = 0;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

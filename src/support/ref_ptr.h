@@ -4,8 +4,7 @@
 namespace TesmoHbbTV {
 
 // Holds one reference to a RefCounted object.
-template <typename T>
-class ref_ptr {
+template <typename T> class ref_ptr {
 public:
     ref_ptr() = default;
     ref_ptr(T* target) : target(target) { acquire(); }  // NOLINT: implicit by design
@@ -62,6 +61,6 @@ private:
     T* target = nullptr;
 };
 
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 #endif

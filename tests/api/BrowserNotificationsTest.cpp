@@ -55,7 +55,7 @@ TEST_F(BrowserNotificationsTest, UnmanagedWindowsAreLeftToThePlatform)
     DAXO_ProtocolRecord protocol{"dvb://1.2.3.4/x", nullptr, nullptr};
     DAXO_RequestRecord request{"http://a/", "http://a/b", 0};
     DAXO_AITData ait{0, nullptr};
-    const std::pair<int, void*> cases[] = {{2, nullptr}, {9, nullptr}, {11, &load}, {12, nullptr}, {49, &protocol},
+    const std::pair<int, void*> cases[] = {{2, nullptr},   {9, nullptr},    {11, &load}, {12, nullptr}, {49, &protocol},
                                            {124, nullptr}, {149, &request}, {157, &ait}, {3, nullptr}};
     for (const auto& c : cases) {
         int result = 42;
@@ -89,7 +89,8 @@ TEST_F(BrowserNotificationsTest, NotFoundAndConnectionFailuresFailOverToTheCarou
     EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "tesmo_hbbtv", "DAXO_LOAD_CONNECTION_FAILED"));
     EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Automatic load of AUTOSTART application failed."));
     int result = 9;
-    EXPECT_TRUE(notify(browser, DAXO_TESMO_EVT_LOADING_FAILED, nullptr, &result)) << "still the window's browser window";
+    EXPECT_TRUE(notify(browser, DAXO_TESMO_EVT_LOADING_FAILED, nullptr, &result))
+        << "still the window's browser window";
     EXPECT_EQ(result, -3) << "but no application's any more";
 }
 
@@ -209,7 +210,8 @@ TEST_F(BrowserNotificationsTest, ScriptRequestsAreVettedAgainstTheBoundaries)
     LogCapture log;
     EXPECT_EQ(xhr(browser, "http://app1.tv/index.html", "http://tracker.tv/x", permission), 0);
     EXPECT_EQ(permission, HBBTV_XHR_PERMISSION_CORE_DECIDES);
-    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "tesmo_hbbtv", "Letting core decide on an out of bound http(s) XHR request."));
+    EXPECT_TRUE(
+        log.contains(LOG_LEVEL_DEBUG, "tesmo_hbbtv", "Letting core decide on an out of bound http(s) XHR request."));
     world().sameCarousel = 0;
     EXPECT_EQ(xhr(browser, "http://app1.tv/index.html", "dvb://9.9.9.9/x", permission), 0);
     EXPECT_EQ(permission, HBBTV_XHR_PERMISSION_DENY);
@@ -263,4 +265,4 @@ TEST_F(BrowserNotificationsTest, XmlParseFailureReportedByTheCore)
     EXPECT_EQ(openedUrls().back(), "dvb://1.2.3.5/index.html") << "the load success counted as a failure";
 }
 
-} // namespace
+}  // namespace

@@ -107,10 +107,11 @@ TEST_F(EntryPointsTest, TerminalIdentityBuildsTheUserAgentExtension)
     for (int i = 0; i < 4; ++i)
         tesmo_hbbtv_tick();
 
-    EXPECT_THAT(world().callsTo("tm_set_uastring_extension"),
-                ElementsAre(Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.2.1 (+DL; Maker; Model; 1.0; 2.0; Family)"}},
-                            Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.2.1 (; ; ; ; ; )"}},
-                            Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.1.1 (; ; ; ; ; )"}}));
+    EXPECT_THAT(
+        world().callsTo("tm_set_uastring_extension"),
+        ElementsAre(Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.2.1 (+DL; Maker; Model; 1.0; 2.0; Family)"}},
+                    Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.2.1 (; ; ; ; ; )"}},
+                    Call{"tm_set_uastring_extension", {ptr(CORE), "HbbTV/1.1.1 (; ; ; ; ; )"}}));
 }
 
 char* streamArgs[5];
@@ -154,4 +155,4 @@ TEST_F(EntryPointsTest, UnknownEventTypesAreIgnoredAndFreed)
     EXPECT_THAT(world().callNames(), IsEmpty());
 }
 
-} // namespace
+}  // namespace

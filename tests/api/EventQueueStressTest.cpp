@@ -62,4 +62,4 @@ TEST(EventQueueStressTest, EightProducersAgainstOneTickingThread)
     }
 }
 
-} // namespace
+}  // namespace

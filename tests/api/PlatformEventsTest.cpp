@@ -12,7 +12,10 @@ namespace {
 using PlatformEventsTest = BroadcastTest;
 
 std::vector<std::pair<uint32_t, uint32_t>> managerEvents;
-void recordManagerEvent(uint32_t event, uint32_t id) { managerEvents.emplace_back(event, id); }
+void recordManagerEvent(uint32_t event, uint32_t id)
+{
+    managerEvents.emplace_back(event, id);
+}
 
 Bytes twoSectionTable(uint8_t version, uint8_t number)
 {
@@ -47,11 +50,10 @@ TEST_F(PlatformEventsTest, TableArrivingInPiecesAndOutOfOrderIsActivatedWhenComp
 // descriptor: here the name takes the location descriptor that follows as its text.
 TEST_F(PlatformEventsTest, NameRunningPastItsDescriptorKeepsItsBytesInTheUpdate)
 {
-    const Bytes nameThenLocation = AITSection()
-                                       .application(App(0x10, 1, 1)
-                                                        .with(descriptor(0x01, {'e', 'n', 'g', 7}))
-                                                        .with(locationDescriptor("index")))
-                                       .bytes();
+    const Bytes nameThenLocation =
+        AITSection()
+            .application(App(0x10, 1, 1).with(descriptor(0x01, {'e', 'n', 'g', 7})).with(locationDescriptor("index")))
+            .bytes();
     postSection(nameThenLocation);
     tickAll();
     const std::vector<Notice> updates = platform().ofType(HBBTV_NOTIFICATION_AIT_UPDATE);
@@ -85,7 +87,10 @@ TEST_F(PlatformEventsTest, ServiceChangeRestartsAServiceBoundApplication)
 {
     ApplicationDescriptorFields bound;
     bound.serviceBound = true;
-    const Bytes section = AITSection().application(App(0x10, 1, 1).with(applicationDescriptor(bound)).with(httpTransport(1, "http://bound.tv/"))).bytes();
+    const Bytes section =
+        AITSection()
+            .application(App(0x10, 1, 1).with(applicationDescriptor(bound)).with(httpTransport(1, "http://bound.tv/")))
+            .bytes();
     postSection(section);
     tickAll();
     loadFinished(appWindow());
@@ -105,7 +110,11 @@ TEST_F(PlatformEventsTest, ServiceWithoutAitEndsOnlyServiceBoundApplications)
     for (bool serviceBound : {true, false}) {
         ApplicationDescriptorFields fields;
         fields.serviceBound = serviceBound;
-        postSection(AITSection().version(serviceBound ? 1 : 2).application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://x.tv/"))).bytes());
+        postSection(
+            AITSection()
+                .version(serviceBound ? 1 : 2)
+                .application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://x.tv/")))
+                .bytes());
         tickAll();
         platform().notices.clear();
         HBBTV_EventData* none = platformEvent();  // no section, tested word 0
@@ -117,7 +126,10 @@ TEST_F(PlatformEventsTest, ServiceWithoutAitEndsOnlyServiceBoundApplications)
 
 TEST_F(PlatformEventsTest, PlatformStartsAndTerminatesApplications)
 {
-    postSection(AITSection().application(App(0x10, 5, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://present.tv/"))).bytes());
+    postSection(
+        AITSection()
+            .application(App(0x10, 5, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://present.tv/")))
+            .bytes());
     HBBTV_EventData* start = platformEvent();
     start->start_application.window = window;
     start->start_application.organisation_id = 0x10;
@@ -174,7 +186,10 @@ TEST_F(PlatformEventsTest, PlatformProfilesDecideWhatMayStart)
 {
     ApplicationDescriptorFields fields;
     fields.profiles = {{0x0002, 1, 1, 1}};
-    const Bytes section = AITSection().application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://p.tv/"))).bytes();
+    const Bytes section =
+        AITSection()
+            .application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://p.tv/")))
+            .bytes();
     postSection(section);
     tickAll();
     EXPECT_THAT(openedUrls(), IsEmpty());
@@ -206,13 +221,14 @@ TEST_F(PlatformEventsTest, RecordsOfEveryTypeAreFreedEvenWithoutAWindow)
     HBBTV_EventData* identity = platformEvent();
     identity->terminal_identity.strings[5] = platformString("f");
     post(HBBTV_EVENT_TERMINAL_IDENTITY, identity);
-    for (HBBTV_EventType type : {HBBTV_EVENT_AIT_SECTION, HBBTV_EVENT_START_APPLICATION, HBBTV_EVENT_START_BROADCAST_INDEPENDENT,
-                                 HBBTV_EVENT_TERMINATE_APPLICATION, HBBTV_EVENT_DSMCC_FILE_READY, HBBTV_EVENT_DSMCC_STREAM_EVENT,
-                                 HBBTV_EVENT_TERMINAL_IDENTITY, HBBTV_EVENT_PLATFORM_PROFILES})
+    for (HBBTV_EventType type :
+         {HBBTV_EVENT_AIT_SECTION, HBBTV_EVENT_START_APPLICATION, HBBTV_EVENT_START_BROADCAST_INDEPENDENT,
+          HBBTV_EVENT_TERMINATE_APPLICATION, HBBTV_EVENT_DSMCC_FILE_READY, HBBTV_EVENT_DSMCC_STREAM_EVENT,
+          HBBTV_EVENT_TERMINAL_IDENTITY, HBBTV_EVENT_PLATFORM_PROFILES})
         post(type, nullptr);
     tickAll();
     EXPECT_THAT(world().callsTo("tm_set_uastring_extension"),
                 ElementsAre(Call{"tm_set_uastring_extension", {ptr(core()), "HbbTV/1.1.1 (; ; ; ; ; f)"}}));
 }
 
-} // namespace
+}  // namespace

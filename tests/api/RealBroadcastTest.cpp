@@ -44,11 +44,13 @@ TEST_F(RealBroadcastTest, RaiApplicationsNeedATerminalOfVersion141)
         LogCapture log;
         postSection(sections[0]);
         tickAll();
-        EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile.")) << identity;
+        EXPECT_TRUE(
+            log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile."))
+            << identity;
         EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "AUTOSTART application failed to start.")) << identity;
     }
-    EXPECT_THAT(world().callsTo("hbbtv_ait_completed"), ElementsAre(Call{"hbbtv_ait_completed", {"0"}},
-                                                                    Call{"hbbtv_ait_completed", {"0"}}));
+    EXPECT_THAT(world().callsTo("hbbtv_ait_completed"),
+                ElementsAre(Call{"hbbtv_ait_completed", {"0"}}, Call{"hbbtv_ait_completed", {"0"}}));
     const std::vector<Notice> updates = platform().ofType(HBBTV_NOTIFICATION_AIT_UPDATE);
     ASSERT_EQ(updates.size(), 2u);
     ASSERT_EQ(updates[0].applications.size(), 2u);
@@ -59,4 +61,4 @@ TEST_F(RealBroadcastTest, RaiApplicationsNeedATerminalOfVersion141)
     EXPECT_THAT(platform().ofType(HBBTV_NOTIFICATION_APPLICATION_START), IsEmpty());
 }
 
-} // namespace
+}  // namespace

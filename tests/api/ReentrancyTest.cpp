@@ -73,8 +73,9 @@ TEST_F(ReentrancyTest, ListenerClosesTheWindowOfTheApplicationThatStops)
     DAXO_TesmoWindow* browser = appWindow();
     loadFinished(browser);
     tickAll();
-    whenNotified(HBBTV_NOTIFICATION_APPLICATION_STOP,
-                 [](HBBTV_NotificationData* data) { tesmo_hbbtv_release_window(static_cast<HBBTV_Window*>(data->application.window)); });
+    whenNotified(HBBTV_NOTIFICATION_APPLICATION_STOP, [](HBBTV_NotificationData* data) {
+        tesmo_hbbtv_release_window(static_cast<HBBTV_Window*>(data->application.window));
+    });
     int result = 0;
     notify(browser, DAXO_TESMO_EVT_WINDOW_CLOSE, nullptr, &result);
     tickAll();
@@ -173,9 +174,10 @@ TEST_F(ReentrancyTest, InitAndShutdownFromAListenerAreRefused)
     });
     LogCapture log;
     tickAll();
-    EXPECT_THAT(log.messages(), ::testing::IsSupersetOf({
-        LogLine(LOG_LEVEL_ERR, "tesmo_hbbtv", "tesmo_hbbtv_shutdown called from a callback: refused"),
-        LogLine(LOG_LEVEL_ERR, "tesmo_hbbtv", "tesmo_hbbtv_init called from a callback: refused")}));
+    EXPECT_THAT(log.messages(),
+                ::testing::IsSupersetOf(
+                    {LogLine(LOG_LEVEL_ERR, "tesmo_hbbtv", "tesmo_hbbtv_shutdown called from a callback: refused"),
+                     LogLine(LOG_LEVEL_ERR, "tesmo_hbbtv", "tesmo_hbbtv_init called from a callback: refused")}));
     EXPECT_EQ(tesmo_hbbtv_get_broadcast_window(), window) << "the library is as it was";
     EXPECT_EQ(platform().ofType(HBBTV_NOTIFICATION_REQUEST_WINDOW).size(), 1u);
     EXPECT_EQ(world().callsTo("hbbtv_ait_stop").size(), 0u);
@@ -198,4 +200,4 @@ TEST_F(ReentrancyTest, LabelListedTwiceFailsOverOnce)
     EXPECT_THAT(platform().startedUrls(), ElementsAre("http://common.tv/a.html"));
 }
 
-} // namespace
+}  // namespace

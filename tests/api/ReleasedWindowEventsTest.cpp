@@ -19,7 +19,7 @@ using ::testing::IsEmpty;
 namespace {
 
 std::atomic<void*> watchedBlock{nullptr};  // parked instead of freed when deleted
-std::atomic<void*> parkedBlock{nullptr};   // the next window-sized allocation gets it
+std::atomic<void*> parkedBlock{nullptr};  // the next window-sized allocation gets it
 
 void* takeParked(std::size_t size)
 {
@@ -38,7 +38,7 @@ bool park(void* block)
     return true;
 }
 
-} // namespace
+}  // namespace
 
 // The mangled names of operator new(size_t), delete(void*) and delete(void*, size_t).
 #if SIZE_MAX == UINT32_MAX
@@ -173,4 +173,4 @@ TEST_F(ReleasedWindowEventsTest, ForgettingWhileAPlatformThreadSends)
     EXPECT_EQ(world().callsTo("tm_set_uastring_extension").size(), size_t(identities));
 }
 
-} // namespace
+}  // namespace

@@ -111,4 +111,4 @@ TEST(ThreadedLifecycleTest, SendersAcrossShutdownAndASecondInit)
     native_ApplicationManagerSetListener(nullptr);
 }
 
-} // namespace
+}  // namespace

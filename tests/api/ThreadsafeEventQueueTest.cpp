@@ -91,4 +91,4 @@ TEST(ThreadsafeEventQueueTest, DestructionDeletesPendingEventsWithoutRunningThem
     EXPECT_EQ(journal, (Journal{"~a", "~b"}));
 }
 
-} // namespace
+}  // namespace

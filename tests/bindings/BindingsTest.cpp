@@ -20,15 +20,17 @@ protected:
     {
         ApplicationDescriptorFields fields;
         fields.labels = {2};
-        postSection(AITSection()
-                        .application(App(0x10, id, 1)
-                                         .with(applicationDescriptor(fields))
-                                         .with(carouselTransport(2, 0xa))
-                                         .with(locationDescriptor("index.html"))
-                                         .with(usageDescriptor(1)))
-                        .application(App(0x10, 0x20, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://sibling.tv/")))
-                        .bytes(),
-                    reinterpret_cast<void*>(0xCAFE));
+        postSection(
+            AITSection()
+                .application(App(0x10, id, 1)
+                                 .with(applicationDescriptor(fields))
+                                 .with(carouselTransport(2, 0xa))
+                                 .with(locationDescriptor("index.html"))
+                                 .with(usageDescriptor(1)))
+                .application(
+                    App(0x10, 0x20, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://sibling.tv/")))
+                .bytes(),
+            reinterpret_cast<void*>(0xCAFE));
         tickAll();
         world().windowsByHandle[PAGE] = appWindow();
         void* application = nullptr;
@@ -61,7 +63,8 @@ TEST_F(BindingsTest, ShowHideAndUnknownIdentifiers)
     EXPECT_EQ(native_ApplicationShow(reinterpret_cast<void*>(9999)), 3);
     EXPECT_EQ(native_ApplicationDestroyApplication(reinterpret_cast<void*>(9999)), 3);
     EXPECT_EQ(native_ApplicationDestroyApplication(nullptr), 3);
-    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Native application manager api called with invalid appId."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager",
+                             "Native application manager api called with invalid appId."));
 }
 
 TEST_F(BindingsTest, CreateFromTheCurrentTableOrFromBroadband)
@@ -81,7 +84,8 @@ TEST_F(BindingsTest, CreateFromTheCurrentTableOrFromBroadband)
     EXPECT_EQ(native_ApplicationCreateApplication("http://portal.tv/", 0, parent, &child), 1);
     EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Create application failed"));
     EXPECT_EQ(native_ApplicationCreateApplication("http://portal.tv/", 0, reinterpret_cast<void*>(555), &child), 3);
-    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager", "Invalid parent application id in native application create call"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "ApplicationManager",
+                             "Invalid parent application id in native application create call"));
 }
 
 TEST_F(BindingsTest, ChildStartsBesideItsParentAndDestroyEndsIt)
@@ -210,14 +214,16 @@ TEST_F(BindingsTest, StreamEventSubscriptionPaths)
     EXPECT_THAT(paths, ElementsAre("1.2.3/ev", "b://x", "1.2.3.a/events"));
     EXPECT_EQ(world().callsTo("dsmcc_stream_event_subscribe")[0].args[1], ptr(name));
 
-    EXPECT_EQ(native_BroadcastAddXMLStreamEventListener(name, 65537.0, 4294967295.0, listener, nullptr, nullptr, PAGE), 0);
+    EXPECT_EQ(native_BroadcastAddXMLStreamEventListener(name, 65537.0, 4294967295.0, listener, nullptr, nullptr, PAGE),
+              0);
     EXPECT_EQ(world().callsTo("dsmcc_xml_stream_event_subscribe")[0].args,
               (std::vector<std::string>{ptr(name), "1", "3", "65535", ptr(listener), "null", "null"}));
     EXPECT_EQ(native_BroadcastAddXMLStreamEventListener(name, std::nan(""), -1.0, nullptr, nullptr, nullptr, PAGE), 0);
 
     EXPECT_EQ(native_BroadcastRemoveStreamEventListener(nullptr, name, listener), 0);
     EXPECT_EQ(native_BroadcastRemoveAllStreamEventListeners(listener), 0);
-    EXPECT_EQ(world().callsTo("dsmcc_stream_event_unsubscribe")[0].args, (std::vector<std::string>{ptr(name), ptr(listener)}));
+    EXPECT_EQ(world().callsTo("dsmcc_stream_event_unsubscribe")[0].args,
+              (std::vector<std::string>{ptr(name), ptr(listener)}));
     EXPECT_EQ(world().callsTo("dsmcc_stream_event_unsubscribe_all").size(), 1u);
 }
 
@@ -233,4 +239,4 @@ TEST_F(BindingsTest, PagesOfBroadbandApplicationsCannotSubscribe)
     EXPECT_EQ(native_BroadcastAddXMLStreamEventListener(nullptr, 1, 2, nullptr, nullptr, nullptr, PAGE), 3);
 }
 
-} // namespace
+}  // namespace

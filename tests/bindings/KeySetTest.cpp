@@ -7,8 +7,8 @@ using TesmoHbbTV::KeySet;
 
 namespace {
 
-const std::vector<DAXO_KEY_SYM> everyKey{403, 404, 502, 406, 57385, 57386, 57387, 57388, 461, 57399, 412, 413,
-                                         19, 415, 463, 473, 57383, 57384, 457, '0', '5', '9', 'A', 'M', 'Z'};
+const std::vector<DAXO_KEY_SYM> everyKey{403, 404, 502, 406,   57385, 57386, 57387, 57388, 461, 57399, 412, 413, 19,
+                                         415, 463, 473, 57383, 57384, 457,   '0',   '5',   '9', 'A',   'M', 'Z'};
 
 TEST(KeySetTest, EmptySetMatchesNothingFullSetMatchesEveryListedKey)
 {
@@ -39,4 +39,4 @@ TEST(KeySetTest, WritesKeepOnlySupportedKeys)
     TesmoHbbTV::ConfigurationManager::destroyInstance();
 }
 
-} // namespace
+}  // namespace

@@ -39,7 +39,8 @@ TEST_F(OCDownloadManagerTest, UnknownIdAndMimeFailureEndTheRequest)
     LogCapture log;
     world().getFileResult = DSMCC_UNKNOWN_ID;
     EXPECT_EQ(downloads.startDownload(HbbTVDVBURL("dvb://1.2.3.4/a"), id), OCDownloadManager::FAILED);
-    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "OCDownloadManager", "Unexpected return code from dsmcc_get_file: DSMCC_UNKNOWN_ID"));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "OCDownloadManager",
+                             "Unexpected return code from dsmcc_get_file: DSMCC_UNKNOWN_ID"));
 
     world().reset();
     world().mimeTypeResult = DSMCC_FILE_ERROR_CODE;
@@ -64,4 +65,4 @@ TEST_F(OCDownloadManagerTest, ReadyReportDeliversAgainUntilStopped)
     EXPECT_EQ(world().callsTo("tm_protocol_finished").size(), 2u);
 }
 
-} // namespace
+}  // namespace

@@ -51,7 +51,7 @@ bool looksLikeAddress(const std::string& text)
            text.find_first_not_of("0123456789abcdef", 2) == std::string::npos;
 }
 
-} // namespace
+}  // namespace
 
 void GoldenActivation::sections(const std::vector<Bytes>& sections, bool loadsFail)
 {
@@ -78,8 +78,8 @@ void GoldenActivation::xmlAit(XmlAitInput& input)
     tickAll();
     loadGrantedWindow();
     DAXO_AITData record = input.record();
-    out << "xml ait notification: result " << notify(PlatformListener::get().lastGrantedWindow(), DAXO_TESMO_EVT_AIT, &record)
-        << "\n";
+    out << "xml ait notification: result "
+        << notify(PlatformListener::get().lastGrantedWindow(), DAXO_TESMO_EVT_AIT, &record) << "\n";
     tickAll();
     loadGrantedWindow();
     finish();
@@ -105,8 +105,8 @@ void GoldenActivation::loadGrantedWindow(int16_t status)
         return;
     DAXO_LoadRecord record{};
     record.http_status = status;
-    out << "load finished " << name(browserWindow) << ": result " << notify(browserWindow, DAXO_TESMO_EVT_LOADING_FINISHED, &record)
-        << "\n";
+    out << "load finished " << name(browserWindow) << ": result "
+        << notify(browserWindow, DAXO_TESMO_EVT_LOADING_FINISHED, &record) << "\n";
     tickAll();
 }
 
@@ -182,4 +182,4 @@ std::string GoldenActivation::name(const std::string& argument)
     return found->second;
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

@@ -45,6 +45,6 @@ private:
     std::ostringstream out;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -97,7 +97,7 @@ private:
     uint32_t state = 20261124;
 };
 
-} // namespace
+}  // namespace
 
 const std::vector<std::string>& GoldenCorpus::groups()
 {
@@ -151,8 +151,8 @@ std::vector<GoldenInput> GoldenCorpus::captures()
                     table.push_back(section);
             }
             for (auto& table : byVersion)
-                inputs.push_back(sectionsInput(std::string(capture.first) + " pid " + std::to_string(pid) + " version " +
-                                                   std::to_string(table.first),
+                inputs.push_back(sectionsInput(std::string(capture.first) + " pid " + std::to_string(pid) +
+                                                   " version " + std::to_string(table.first),
                                                table.second));
         }
 #endif
@@ -201,11 +201,16 @@ void GoldenCorpus::addFaultyTables(std::vector<GoldenInput>& inputs)
     auto add = [&inputs](std::string name, std::vector<Bytes> sections) {
         inputs.push_back(sectionsInput(std::move(name), std::move(sections)));
     };
-    add("name past its descriptor", {fromHex("74b0230010c10000f000f01600000010000101f00d0104656e67071505696e6465781360b8e7")});
-    add("name past the loop", {sectionOf({}, {App(1, 1).with(fields).with(http).with(descriptor(0x01, {'e', 'n', 'g', 9, 'a'}))})});
+    add("name past its descriptor",
+        {fromHex("74b0230010c10000f000f01600000010000101f00d0104656e67071505696e6465781360b8e7")});
+    add("name past the loop",
+        {sectionOf({}, {App(1, 1).with(fields).with(http).with(descriptor(0x01, {'e', 'n', 'g', 9, 'a'}))})});
     add("names in two descriptors and two in one",
-        {sectionOf({}, {App(1, 1).with(fields).with(http).with(nameDescriptor("One")).with(
-                            descriptor(0x01, {'d', 'e', 'u', 3, 'Z', 'w', 'e', 'f', 'r', 'a', 2, 'D', 'e'}))})});
+        {sectionOf({}, {App(1, 1)
+                            .with(fields)
+                            .with(http)
+                            .with(nameDescriptor("One"))
+                            .with(descriptor(0x01, {'d', 'e', 'u', 3, 'Z', 'w', 'e', 'f', 'r', 'a', 2, 'D', 'e'}))})});
     add("zero-length descriptors",
         {sectionOf(descriptor(0x03, {}), {App(1, 1).with(fields).with(http).with(descriptor(0x15, {})),
                                           App(1, 2).with(descriptor(0x42, {})).with(fields)})});
@@ -219,29 +224,37 @@ void GoldenCorpus::addFaultyTables(std::vector<GoldenInput>& inputs)
     }
     ApplicationDescriptorFields twice;
     twice.labels = {1, 1, 2, 1};
-    add("duplicate labels", {sectionOf(httpTransport(1, "http://common.tv/"),
-                                       {App(1, 1)
-                                            .with(applicationDescriptor(twice))
-                                            .with(httpTransport(1, "http://local.tv/"))
-                                            .with(httpTransport(1, "http://second.tv/"))
-                                            .with(carouselTransport(2, 5))
-                                            .with(carouselTransport(2, 6))})});
+    add("duplicate labels",
+        {sectionOf(httpTransport(1, "http://common.tv/"), {App(1, 1)
+                                                               .with(applicationDescriptor(twice))
+                                                               .with(httpTransport(1, "http://local.tv/"))
+                                                               .with(httpTransport(1, "http://second.tv/"))
+                                                               .with(carouselTransport(2, 5))
+                                                               .with(carouselTransport(2, 6))})});
     const std::pair<const char*, Bytes> listedTwice[] = {{"common", {1, 1}}, {"local", {2, 2}}, {"both", {1, 2, 1, 2}}};
     for (const auto& labels : listedTwice) {
         ApplicationDescriptorFields listing;
         listing.labels = labels.second;
         add(std::string("label listed twice, ") + labels.first,
-            {sectionOf(concat({httpTransport(1, "http://common.tv/"), httpTransport(1, "http://common-again.tv/")}),
-                       {App(1, 1).with(applicationDescriptor(listing)).with(carouselTransport(2, 5)).with(httpTransport(2, "http://l.tv/")),
-                        App(1, 2, 2).with(applicationDescriptor(listing)).with(httpTransport(2, "http://present.tv/"))})});
+            {sectionOf(
+                concat({httpTransport(1, "http://common.tv/"), httpTransport(1, "http://common-again.tv/")}),
+                {App(1, 1)
+                     .with(applicationDescriptor(listing))
+                     .with(carouselTransport(2, 5))
+                     .with(httpTransport(2, "http://l.tv/")),
+                 App(1, 2, 2).with(applicationDescriptor(listing)).with(httpTransport(2, "http://present.tv/"))})});
     }
     ApplicationDescriptorFields unlisted;
     unlisted.labels = {7, 3};
     add("labels without transports and unknown protocols",
-        {sectionOf({}, {App(1, 1).with(applicationDescriptor(unlisted)).with(descriptor(0x02, {0x00, 0x04, 3, 0xAA}))})});
+        {sectionOf({},
+                   {App(1, 1).with(applicationDescriptor(unlisted)).with(descriptor(0x02, {0x00, 0x04, 3, 0xAA}))})});
     add("remote carousel and empty URL base",
         {sectionOf({}, {App(1, 1).with(applicationDescriptor({})).with(remoteCarouselTransport(1, 0x22, 0x33, 0x44, 9)),
-                        App(1, 2).with(applicationDescriptor({})).with(httpTransport(1, "")).with(locationDescriptor("x.html"))})});
+                        App(1, 2)
+                            .with(applicationDescriptor({}))
+                            .with(httpTransport(1, ""))
+                            .with(locationDescriptor("x.html"))})});
     std::vector<App> controls;
     for (uint8_t code : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 0xAB})
         controls.push_back(App(0x20, uint16_t(0x100 + code), code).with(fields).with(http));
@@ -257,13 +270,16 @@ void GoldenCorpus::addFaultyTables(std::vector<GoldenInput>& inputs)
         many.push_back(App(0x30, id, id % 3 == 0 ? 2 : 1).with(applicationDescriptor(f)).with(http));
     }
     add("thirty applications", {sectionOf({}, many)});
-    add("three sections, one repeated", {AITSection().version(2).number(2, 2).application(App(1, 3).with(fields).with(http)).bytes(),
-                                         AITSection().version(2).number(0, 2).application(App(1, 1).with(fields).with(http)).bytes(),
-                                         AITSection().version(2).number(2, 2).application(App(1, 3).with(fields).with(http)).bytes(),
-                                         AITSection().version(2).number(1, 2).application(App(1, 2).with(fields).with(http)).bytes()});
-    add("versions change between sections", {AITSection().version(3).number(0, 1).application(App(1, 1).with(fields).with(http)).bytes(),
-                                             AITSection().version(4).number(1, 1).application(App(1, 2).with(fields).with(http)).bytes()});
-    add("section number past the last", {AITSection().number(3, 1).application(App(1, 1).with(fields).with(http)).bytes()});
+    add("three sections, one repeated",
+        {AITSection().version(2).number(2, 2).application(App(1, 3).with(fields).with(http)).bytes(),
+         AITSection().version(2).number(0, 2).application(App(1, 1).with(fields).with(http)).bytes(),
+         AITSection().version(2).number(2, 2).application(App(1, 3).with(fields).with(http)).bytes(),
+         AITSection().version(2).number(1, 2).application(App(1, 2).with(fields).with(http)).bytes()});
+    add("versions change between sections",
+        {AITSection().version(3).number(0, 1).application(App(1, 1).with(fields).with(http)).bytes(),
+         AITSection().version(4).number(1, 1).application(App(1, 2).with(fields).with(http)).bytes()});
+    add("section number past the last",
+        {AITSection().number(3, 1).application(App(1, 1).with(fields).with(http)).bytes()});
     const Bytes good = sectionOf(httpTransport(1, "http://c.tv/"), {App(1, 1).with(fields).with(nameDescriptor("A"))});
     for (int delta : {-1, -4, -9, 1, 3})
         add("section length " + std::to_string(delta), {withLength(good, delta)});
@@ -277,8 +293,10 @@ void GoldenCorpus::addFaultyTables(std::vector<GoldenInput>& inputs)
     add("empty buffers", {Bytes{0x74, 0xF0, 0x00}, Bytes{0x74, 0xF0, 0x01, 0x00}});
     add("rich", {richSection()});
     add("plain apps with usage and boundaries",
-        {sectionOf({}, {App(2, 1, 1).with(fields).with(http).with(usageDescriptor(1)),
-                        App(2, 2, 1).with(applicationDescriptor({})).with(http).with(boundaryDescriptor({"http://a.tv", ""}))})});
+        {sectionOf(
+            {},
+            {App(2, 1, 1).with(fields).with(http).with(usageDescriptor(1)),
+             App(2, 2, 1).with(applicationDescriptor({})).with(http).with(boundaryDescriptor({"http://a.tv", ""}))})});
 }
 
 void GoldenCorpus::addTruncationsAndMutations(std::vector<GoldenInput>& inputs)
@@ -300,7 +318,8 @@ void GoldenCorpus::addTruncationsAndMutations(std::vector<GoldenInput>& inputs)
 
 void GoldenCorpus::addXmlRecords(std::vector<GoldenInput>& inputs)
 {
-    auto add = [&inputs](std::string name, std::vector<XmlAitInput::Application> apps, std::optional<int32_t> count = {}) {
+    auto add = [&inputs](std::string name, std::vector<XmlAitInput::Application> apps,
+                         std::optional<int32_t> count = {}) {
         GoldenInput input;
         input.name = "xml " + std::move(name);
         input.kind = GoldenInput::XML_AIT;
@@ -374,4 +393,4 @@ std::string goldenText(const std::string& group)
     return text;
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

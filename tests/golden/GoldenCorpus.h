@@ -41,6 +41,6 @@ private:
 // through the C interface.
 std::string goldenText(const std::string& group);
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

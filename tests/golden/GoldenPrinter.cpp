@@ -14,8 +14,13 @@ namespace {
 
 // URLs every domain is asked about, besides the application's own.
 const char* const fixedProbes[] = {
-    "http://example.tv/", "https://www.raiplay.it/hbbtv/x.html", "http://hbbtv.freeviewaustralia.tv/index.html",
-    "dvb://1.2.3.5/index.html", "dvb://current.ait/1.1", "http://app1.tv/index.html", "",
+    "http://example.tv/",
+    "https://www.raiplay.it/hbbtv/x.html",
+    "http://hbbtv.freeviewaustralia.tv/index.html",
+    "dvb://1.2.3.5/index.html",
+    "dvb://current.ait/1.1",
+    "http://app1.tv/index.html",
+    "",
 };
 
 std::string hex(unsigned long value)
@@ -33,7 +38,7 @@ std::string indexOf(const AIT& ait, const AITApplication* app)
     return app ? "?" : "none";
 }
 
-} // namespace
+}  // namespace
 
 std::string quoted(const std::string& text)
 {
@@ -78,8 +83,8 @@ void GoldenPrinter::boundaryDescriptor(const Bytes& descriptor)
     out << "boundary descriptor (" << descriptor.size() << " bytes)\n";
     domain(parsed, {});
     ApplicationDomain extended;
-    out << "extend http://example.tv/app: add " << extended.addBoundaryExtension("http://example.tv/app")
-        << " extend " << extended.extendDomain(parsed) << "\n";
+    out << "extend http://example.tv/app: add " << extended.addBoundaryExtension("http://example.tv/app") << " extend "
+        << extended.extendDomain(parsed) << "\n";
     domain(extended, {});
 }
 
@@ -120,7 +125,8 @@ void GoldenPrinter::lookups(const AIT& ait)
         << indexOf(ait, ait.getFirstAITApplicationOfUsageType(AITApplication::DIGITAL_TELETEXT)) << " by id:";
     for (unsigned i = 0; i < ait.getNumApplications(); ++i) {
         const AITApplication* app = ait.getAITApplication(i);
-        out << " " << indexOf(ait, ait.getAITApplication(app->getOrganisationIdentifier(), app->getApplicationIdentifier()))
+        out << " "
+            << indexOf(ait, ait.getAITApplication(app->getOrganisationIdentifier(), app->getApplicationIdentifier()))
             << (ait.isHandledAITApplication(app) ? "h" : "");
     }
     out << "\n";
@@ -130,10 +136,11 @@ void GoldenPrinter::application(const AITApplication& app)
 {
     out << " org " << hex(app.getOrganisationIdentifier()) << " app " << hex(app.getApplicationIdentifier())
         << " control " << int(app.getControlCode()) << " usage " << int(app.getApplicationUsageType()) << " signed "
-        << app.isSigned() << " valid_id " << app.hasValidAppId() << " xml " << app.isXMLAITbased()
-        << " service_bound " << app.isSignalledAsServiceBound() << " priority " << int(app.getApplicationPriority())
-        << " profile_supported " << app.isPlatformProfileSupported() << "\n";
-    out << "  name " << quoted(app.getApplicationName()) << " location " << quoted(app.getApplicationLocation()) << "\n";
+        << app.isSigned() << " valid_id " << app.hasValidAppId() << " xml " << app.isXMLAITbased() << " service_bound "
+        << app.isSignalledAsServiceBound() << " priority " << int(app.getApplicationPriority()) << " profile_supported "
+        << app.isPlatformProfileSupported() << "\n";
+    out << "  name " << quoted(app.getApplicationName()) << " location " << quoted(app.getApplicationLocation())
+        << "\n";
     descriptors(app);
     transports(app);
     std::vector<std::string> probes;
@@ -217,4 +224,4 @@ void GoldenPrinter::domain(const ApplicationDomain& domain, std::vector<std::str
     out << "\n";
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

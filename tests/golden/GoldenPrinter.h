@@ -17,7 +17,7 @@ class AIT;
 class AITApplication;
 class AITApplicationTransport;
 class ApplicationDomain;
-} // namespace TesmoHbbTV
+}  // namespace TesmoHbbTV
 
 namespace tesmo_test {
 
@@ -45,6 +45,6 @@ private:
     std::ostringstream out;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -53,5 +53,5 @@ TEST_P(GoldenTest, ResultsMatchTheGoldenFile)
 INSTANTIATE_TEST_SUITE_P(Groups, GoldenTest, ::testing::ValuesIn(GoldenCorpus::groups()),
                          [](const ::testing::TestParamInfo<std::string>& info) { return info.param; });
 
-} // namespace
-} // namespace tesmo_test
+}  // namespace
+}  // namespace tesmo_test

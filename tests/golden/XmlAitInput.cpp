@@ -41,4 +41,4 @@ DAXO_AITData XmlAitInput::record()
     return DAXO_AITData{declaredCount.value_or(int32_t(records.size())), records.empty() ? nullptr : records.data()};
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

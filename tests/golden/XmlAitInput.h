@@ -50,6 +50,6 @@ private:
     std::vector<DAXO_AITApplication> records;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -22,8 +22,10 @@ TEST_F(ActivationTest, HighestPriorityAutostartWithASupportedProfileStarts)
     deliver(table({entry(1, 2, 20), tooNew, entry(2, 1, 5), entry(3, 1, 3)}));
 
     EXPECT_THAT(platform().startedUrls(), ElementsAre("http://app2.tv/index.html"));
-    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile."));
-    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "First AUTOSTART application failed to start, started lower prio one instead."));
+    EXPECT_TRUE(
+        log.contains(LOG_LEVEL_WARN, "Window", "Attempt to start application with unsupported platform profile."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window",
+                             "First AUTOSTART application failed to start, started lower prio one instead."));
     EXPECT_THAT(openedUrls(), IsEmpty()) << "the start waits for a tick";
 
     tickAll();
@@ -59,7 +61,8 @@ TEST_F(ActivationTest, ApplicationStillSignalledContinuesWithTheNewEntry)
 
 TEST_F(ActivationTest, KilledOrMissingApplicationIsReplacedByTheNewAutostart)
 {
-    for (const std::vector<App>& successor : {std::vector<App>{entry(1, 4), entry(2, 1)}, std::vector<App>{entry(2, 1)}}) {
+    for (const std::vector<App>& successor :
+         {std::vector<App>{entry(1, 4), entry(2, 1)}, std::vector<App>{entry(2, 1)}}) {
         Application* first = runAutostart(table({entry(1, 1)}, 1));
         ASSERT_NE(first, nullptr);
         const uint32_t firstId = first->getID();
@@ -126,7 +129,9 @@ TEST_F(ActivationTest, RunningStateWithoutApplicationFallsBackToIdle)
     LogCapture log;
     window->setState(Window::RUNNING);
     deliver(table({entry(1, 1)}));
-    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "When activating AIT the manager state was RUNNING, but no running application was found."));
+    EXPECT_TRUE(
+        log.contains(LOG_LEVEL_WARN, "Window",
+                     "When activating AIT the manager state was RUNNING, but no running application was found."));
     EXPECT_THAT(platform().startedUrls(), ElementsAre("http://app1.tv/index.html"));
 }
 
@@ -138,7 +143,8 @@ TEST_F(ActivationTest, ApplicationThatLeftTheBroadcastRejoinsIt)
     deliver(table({entry(1, 2)}, 2));
     EXPECT_EQ(running(), app);
     EXPECT_TRUE(app->isBroadcastRelated());
-    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Transferring state of running application from broadcast independent (transitioned "
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window",
+                             "Transferring state of running application from broadcast independent (transitioned "
                              "earlier from broadcast related) to broadcast related at new AIT load."));
 }
 
@@ -166,7 +172,9 @@ TEST_F(ActivationTest, BroadbandApplicationJoinsTheBroadcastWhenItsPageIsInsideT
     deliver(table({entry(1, 2)}, 1));
     EXPECT_EQ(running(), app);
     EXPECT_TRUE(app->isBroadcastRelated());
-    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Transferring state of running application from broadcast independent to broadcast related at new AIT load"));
+    EXPECT_TRUE(log.contains(
+        LOG_LEVEL_LOG, "Window",
+        "Transferring state of running application from broadcast independent to broadcast related at new AIT load"));
     EXPECT_EQ(app->getTransport()->getUrlBase(), "http://app1.tv/");
 }
 
@@ -191,4 +199,4 @@ TEST_F(ActivationTest, XmlTableLeavesTheBroadcastTableToComeBack)
     EXPECT_EQ(window->getAIT().get(), broadcast.get());
 }
 
-} // namespace
+}  // namespace

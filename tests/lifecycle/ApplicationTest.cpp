@@ -93,4 +93,4 @@ TEST_F(ApplicationTest, CarouselApplicationsAskTheCarouselClientAboutOtherPages)
     EXPECT_TRUE(app.isWithinApplicationBoundaries("dvb://1.2.3.5/other.html")) << "inside its own boundary";
 }
 
-} // namespace
+}  // namespace

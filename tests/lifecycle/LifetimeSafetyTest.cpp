@@ -63,7 +63,8 @@ TEST_F(LifetimeSafetyTest, ReplacedPendingApplicationIsDeletedByItsOwnStart)
     EXPECT_NE(first, second);
     EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "Pending application added when pending already existed."));
     tickAll();
-    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window", "startPendingApplication: application does not matching pending application, aborting."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_WARN, "Window",
+                             "startPendingApplication: application does not matching pending application, aborting."));
     EXPECT_EQ(running(), second);
     EXPECT_EQ(openedUrls(), std::vector<std::string>{"http://second.tv/"});
 }
@@ -84,7 +85,8 @@ TEST_F(LifetimeSafetyTest, WindowReleasedWithEveryKindOfApplicationInFlight)
     tickAll();
     EXPECT_EQ(running(), nullptr);
     const size_t granted = platform().ofType(HBBTV_NOTIFICATION_REQUEST_WINDOW).size();
-    EXPECT_EQ(platform().ofType(HBBTV_NOTIFICATION_RELEASE_WINDOW).size(), granted) << "every browser window given back";
+    EXPECT_EQ(platform().ofType(HBBTV_NOTIFICATION_RELEASE_WINDOW).size(), granted)
+        << "every browser window given back";
 }
 
 TEST_F(LifetimeSafetyTest, LateNotificationsForAReleasedWindowFindNothing)
@@ -155,4 +157,4 @@ TEST(LifecycleSoakTest, TenThousandStartStopAndFailCycles)
     PlatformListener::get().reset();
 }
 
-} // namespace
+}  // namespace

@@ -15,8 +15,14 @@ using StartStopTest = LifecycleTest;
 std::vector<std::pair<uint32_t, uint32_t>> managerEvents;
 std::vector<uint32_t> destroyedApplications;
 
-void recordManagerEvent(uint32_t event, uint32_t id) { managerEvents.emplace_back(event, id); }
-void recordDestroyed(uint32_t id) { destroyedApplications.push_back(id); }
+void recordManagerEvent(uint32_t event, uint32_t id)
+{
+    managerEvents.emplace_back(event, id);
+}
+void recordDestroyed(uint32_t id)
+{
+    destroyedApplications.push_back(id);
+}
 
 class ScriptListenersTest : public StartStopTest {
 protected:
@@ -38,7 +44,10 @@ protected:
 
 TEST_F(StartStopTest, StartNotificationCarriesTheEntryAndTheUrl)
 {
-    deliver(table({App(0x10, 0x4002, 1).with(applicationDescriptor({})).with(httpTransport(1, "http://tv/")).with(usageDescriptor(1))}));
+    deliver(table({App(0x10, 0x4002, 1)
+                       .with(applicationDescriptor({}))
+                       .with(httpTransport(1, "http://tv/"))
+                       .with(usageDescriptor(1))}));
     const std::vector<Notice> starts = platform().ofType(HBBTV_NOTIFICATION_APPLICATION_START);
     ASSERT_EQ(starts.size(), 1u);
     EXPECT_EQ(starts[0].window, window);
@@ -98,7 +107,8 @@ TEST_F(StartStopTest, NextAutostartEntryIsTriedWhenTheLastTransportFails)
     tickAll();
     LogCapture log;
     EXPECT_TRUE(window->reportLoadFailed(runningBrowserWindow()));
-    EXPECT_TRUE(log.contains(LOG_LEVEL_ERR, "Window", "Loading failed, trying to load next AUTOSTART application instead."));
+    EXPECT_TRUE(
+        log.contains(LOG_LEVEL_ERR, "Window", "Loading failed, trying to load next AUTOSTART application instead."));
     tickAll();
     EXPECT_EQ(running()->getApplicationIdentifier(), 2);
 
@@ -117,7 +127,9 @@ TEST_F(ScriptListenersTest, FailedChildGivesWayToItsParent)
     LogCapture log;
     tickAll();
     EXPECT_EQ(running(), child);
-    EXPECT_TRUE(log.contains(LOG_LEVEL_DEBUG, "Window", "Allowing currently running application to live as fallback until initial page of new application loaded."));
+    EXPECT_TRUE(log.contains(
+        LOG_LEVEL_DEBUG, "Window",
+        "Allowing currently running application to live as fallback until initial page of new application loaded."));
     EXPECT_TRUE(window->applicationExists(parent));
 
     const uint32_t childId = child->getID();
@@ -197,7 +209,8 @@ TEST_F(StartStopTest, TimeShiftEndsApplicationsThatCannotFollowIt)
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, 1), HBBTV_STATUS_OK);
     EXPECT_EQ(tesmo_hbbtv_set_time_shifted(window, 1), HBBTV_STATUS_FAILED) << "unchanged";
     EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "Reactivating AIT..."));
-    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window", "First AUTOSTART application failed to start, started lower prio one instead."));
+    EXPECT_TRUE(log.contains(LOG_LEVEL_LOG, "Window",
+                             "First AUTOSTART application failed to start, started lower prio one instead."));
     tickAll();
     ASSERT_NE(running(), nullptr);
     EXPECT_EQ(running()->getApplicationIdentifier(), 2) << "only the trick-mode-aware application runs time-shifted";
@@ -210,7 +223,9 @@ TEST_F(StartStopTest, TimeShiftEndsApplicationsThatCannotFollowIt)
 TEST_F(StartStopTest, BoundariesOfTheRunningApplication)
 {
     EXPECT_FALSE(tesmo_hbbtv_is_within_boundaries(window, "http://app1.tv/x"));
-    runAutostart(table({App(0x10, 1, 1).with(applicationDescriptor({})).with(httpTransport(1, "http://app1.tv/"))
+    runAutostart(table({App(0x10, 1, 1)
+                            .with(applicationDescriptor({}))
+                            .with(httpTransport(1, "http://app1.tv/"))
                             .with(boundaryDescriptor({"http://partner.tv/"}))}));
     EXPECT_TRUE(tesmo_hbbtv_is_within_boundaries(window, "http://app1.tv/x"));
     EXPECT_TRUE(tesmo_hbbtv_is_within_boundaries(window, "http://partner.tv/y"));
@@ -218,4 +233,4 @@ TEST_F(StartStopTest, BoundariesOfTheRunningApplication)
     EXPECT_FALSE(tesmo_hbbtv_is_within_boundaries(window, nullptr));
 }
 
-} // namespace
+}  // namespace

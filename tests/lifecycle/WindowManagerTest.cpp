@@ -7,7 +7,10 @@ using namespace tesmo_test;
 namespace {
 
 std::vector<uint32_t> destroyed;
-void recordDestroyed(uint32_t id) { destroyed.push_back(id); }
+void recordDestroyed(uint32_t id)
+{
+    destroyed.push_back(id);
+}
 
 class WindowManagerTest : public LibraryTest {
 protected:
@@ -103,4 +106,4 @@ TEST_F(WindowManagerTest, ListenerAddedOnlyWhenGiven)
     EXPECT_TRUE(tesmo_hbbtv_add_notification_listener(&PlatformListener::listen));
 }
 
-} // namespace
+}  // namespace

@@ -92,7 +92,8 @@ TEST_F(NotificationManagerTest, NullStringsArriveEmptyAndAnswersComeBack)
     PlatformListener::get().trusted = false;
     manager().addListener(&PlatformListener::listen);
     bool reactivate = false;
-    manager().broadcast(new StopApplicationNotification(reinterpret_cast<void*>(0x5), true, 7, 8, nullptr, &reactivate));
+    manager().broadcast(
+        new StopApplicationNotification(reinterpret_cast<void*>(0x5), true, 7, 8, nullptr, &reactivate));
     bool trusted = true;
     manager().broadcast(new TrustedNotification(nullptr, "http://x/", &trusted, true, 1, 2, 3, true));
     int32_t permission = 0;
@@ -137,7 +138,8 @@ TEST_F(NotificationManagerTest, AitUpdateListsUrlsLastTransportFirst)
     ASSERT_EQ(update.applications.size(), 2u);
     EXPECT_EQ(update.applications[0].name, "One");
     EXPECT_EQ(update.applications[0].controlCode, 1);
-    EXPECT_THAT(update.applications[0].urls, ElementsAre("dvb://1.2.3.9/i.html", "http://t2/i.html", "http://t1/i.html"));
+    EXPECT_THAT(update.applications[0].urls,
+                ElementsAre("dvb://1.2.3.9/i.html", "http://t2/i.html", "http://t1/i.html"));
     EXPECT_EQ(update.applications[1].controlCode, 0) << "no application descriptor";
     EXPECT_TRUE(update.applications[1].urls.empty());
     EXPECT_EQ(update.wasCorrected, 0);
@@ -170,4 +172,4 @@ TEST_F(NotificationManagerTest, CorrectedFlagIsReportedForXmlTablesOnly)
     EXPECT_EQ(PlatformListener::get().notices.at(0).isXmlAit, 1);
 }
 
-} // namespace
+}  // namespace

@@ -38,8 +38,10 @@ std::vector<std::string> urls(const AITApplication& app)
 TEST(AITApplicationTest, LocationBeforeOrAfterTheTransportGivesTheSameUrl)
 {
     const Bytes transport = httpTransport(1, "http://tv/");
-    ref_ptr<AIT> before = tableOf(App(1, 1).with(locationDescriptor("app/")).with(transport).with(applicationDescriptor({})));
-    ref_ptr<AIT> after = tableOf(App(1, 1).with(applicationDescriptor({})).with(transport).with(locationDescriptor("app/")));
+    ref_ptr<AIT> before =
+        tableOf(App(1, 1).with(locationDescriptor("app/")).with(transport).with(applicationDescriptor({})));
+    ref_ptr<AIT> after =
+        tableOf(App(1, 1).with(applicationDescriptor({})).with(transport).with(locationDescriptor("app/")));
     EXPECT_EQ(urls(*before->getAITApplication(0u)), (std::vector<std::string>{"http://tv/app/"}));
     EXPECT_EQ(urls(*after->getAITApplication(0u)), (std::vector<std::string>{"http://tv/app/"}));
 }
@@ -47,18 +49,21 @@ TEST(AITApplicationTest, LocationBeforeOrAfterTheTransportGivesTheSameUrl)
 TEST(AITApplicationTest, OwnTransportBeatsCommonOneAndLabelOrderIsKept)
 {
     const Bytes common = concat({httpTransport(1, "http://common1/"), httpTransport(2, "http://common2/")});
-    ref_ptr<AIT> ait = tableOf(App(1, 1).with(applicationDescriptor(labels({2, 1}))).with(httpTransport(1, "http://local1/")), common);
+    ref_ptr<AIT> ait =
+        tableOf(App(1, 1).with(applicationDescriptor(labels({2, 1}))).with(httpTransport(1, "http://local1/")), common);
     EXPECT_EQ(urls(*ait->getAITApplication(0u)), (std::vector<std::string>{"http://common2/", "http://local1/"}));
     EXPECT_EQ(ait->getAITApplication(0u)->getTransports()[0].get(), ait->getCommonTransports().at(2).get())
         << "the common transport is shared, not copied";
 
-    ref_ptr<AIT> twice = tableOf(App(1, 1).with(applicationDescriptor(labels({1, 1, 9}))).with(httpTransport(1, "http://local1/")), common);
+    ref_ptr<AIT> twice = tableOf(
+        App(1, 1).with(applicationDescriptor(labels({1, 1, 9}))).with(httpTransport(1, "http://local1/")), common);
     EXPECT_EQ(urls(*twice->getAITApplication(0u)), (std::vector<std::string>{"http://local1/", "http://common1/"}));
 }
 
 TEST(AITApplicationTest, UnlistedOwnTransportsAreDroppedAndNoDescriptorMeansNoTransports)
 {
-    ref_ptr<AIT> unlisted = tableOf(App(1, 1).with(applicationDescriptor(labels({}))).with(httpTransport(1, "http://x/")));
+    ref_ptr<AIT> unlisted =
+        tableOf(App(1, 1).with(applicationDescriptor(labels({}))).with(httpTransport(1, "http://x/")));
     EXPECT_EQ(unlisted->getAITApplication(0u)->getNumTransports(), 0);
     ref_ptr<AIT> bare = tableOf(App(1, 1).with(httpTransport(1, "http://x/")));
     EXPECT_EQ(bare->getAITApplication(0u)->getNumTransports(), 0);
@@ -78,7 +83,8 @@ TEST(AITApplicationTest, OverlongProfilesLeaveTheDescriptorAtItsDefaults)
 TEST(AITApplicationTest, MalformedDescriptorsFailTheEntry)
 {
     const Bytes truncatedName{'e', 'n', 'g', 9, 'a', 'b'};  // claims 9 name bytes, loop ends after 2
-    for (const Bytes& bad : {descriptor(0x42, {}), descriptor(0x01, truncatedName), descriptor(0x01, {'e', 'n', 'g'})}) {
+    for (const Bytes& bad :
+         {descriptor(0x42, {}), descriptor(0x01, truncatedName), descriptor(0x01, {'e', 'n', 'g'})}) {
         ref_ptr<AIT> ait(new AIT(1, 2, 3, nullptr));
         ExactBuffer section(AITSection().application(App(1, 1).with(bad)).bytes());
         EXPECT_FALSE(ait->parse(section.get()));
@@ -93,7 +99,8 @@ TEST(AITApplicationTest, RecordingDescriptorFlagsAndComponentTags)
     recording.labels = {"l1", ""};
     recording.componentTags = {0x11, 0x22};
     ref_ptr<AIT> ait = tableOf(App(1, 1).with(recordingDescriptor(recording)));
-    const AITApplication::ApplicationRecordingDescriptor* r = ait->getAITApplication(0u)->getApplicationRecordingDescriptor();
+    const AITApplication::ApplicationRecordingDescriptor* r =
+        ait->getAITApplication(0u)->getApplicationRecordingDescriptor();
     ASSERT_NE(r, nullptr);
     EXPECT_TRUE(r->trickModeAware);
     EXPECT_TRUE(r->timeShift);
@@ -142,7 +149,8 @@ TEST(AITApplicationXMLTest, RecordIsForcedToVisibleAutostartAndMarkedCorrected)
 {
     const char* boundaries[2] = {"http://extra/x", nullptr};
     DAXO_AITProfile profile{0x0001, 1, 1, 1};
-    DAXO_AITApplication record{"name", 19, 0x101F4, 2, 1, 1, 5, 1, &profile, 2, xmlTransports, "start.html", 2, boundaries, 1};
+    DAXO_AITApplication record{"name",        19,           0x101F4, 2,          1, 1, 5, 1, &profile, 2,
+                               xmlTransports, "start.html", 2,       boundaries, 1};
     ref_ptr<AIT> ait(new AIT());
     auto entry = AITApplication::create(ait.get(), record);
     AITApplication& app = *entry;
@@ -178,4 +186,4 @@ TEST(AITApplicationXMLTest, RecordWithoutAnHttpTransportIsRefused)
     EXPECT_FALSE(AITApplication::create(nullptr, none)->parse(none, corrected));
 }
 
-} // namespace
+}  // namespace

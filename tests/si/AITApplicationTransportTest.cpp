@@ -99,7 +99,8 @@ TEST(AITApplicationTransportTest, BroadbandAvailabilitySelectsTransports)
 
 TEST(AITApplicationTransportTest, ProtocolQueriesAndUrlMatching)
 {
-    ref_ptr<AIT> ait = tableWithTransports({descriptor(0x02, {0x00, 0x09, 7}), httpTransport(1, "http://tv/"), carouselTransport(2, 5)});
+    ref_ptr<AIT> ait = tableWithTransports(
+        {descriptor(0x02, {0x00, 0x09, 7}), httpTransport(1, "http://tv/"), carouselTransport(2, 5)});
     const AITApplication& app = *ait->getAITApplication(0u);
     AITApplicationTransport::ProtocolId preferred = AITApplicationTransport::PROTOCOL_UNKNOWN;
     EXPECT_TRUE(app.getPreferredTransportProtocol(preferred));
@@ -120,4 +121,4 @@ TEST(AITApplicationTransportTest, XmlRecordsOfOtherProtocolsAreRefused)
     EXPECT_EQ(transport->getServiceId(), 3);
 }
 
-} // namespace
+}  // namespace

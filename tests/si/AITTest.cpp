@@ -113,7 +113,8 @@ TEST_F(AITTest, CommonDescriptorRunningPastTheCommonLoopIsRefused)
 
 TEST_F(AITTest, CommonCarouselWithoutRemoteConnectionBelongsToTheTablesService)
 {
-    EXPECT_TRUE(feed(*ait, AITSection().common(carouselTransport(2, 0xb)).common(remoteCarouselTransport(3, 7, 8, 9, 0xc)).bytes()));
+    EXPECT_TRUE(feed(
+        *ait, AITSection().common(carouselTransport(2, 0xb)).common(remoteCarouselTransport(3, 7, 8, 9, 0xc)).bytes()));
     const AIT::TransportMap common = ait->getCommonTransports();
     EXPECT_EQ(common.at(2)->getURL("index.html"), "dvb://1.2.a.b/index.html");
     EXPECT_EQ(common.at(3)->getURL("x"), "dvb://7.8.9.c/x");
@@ -142,10 +143,8 @@ TEST_F(AITTest, EqualPrioritiesKeepTheirArrivalOrder)
 
 TEST_F(AITTest, FailingEntryRefusesTheSectionButKeepsEarlierEntries)
 {
-    const Bytes section = AITSection()
-                              .application(appWithPriority(1, 1))
-                              .application(App(0x10, 2).with(descriptor(0x15, {})))
-                              .bytes();
+    const Bytes section =
+        AITSection().application(appWithPriority(1, 1)).application(App(0x10, 2).with(descriptor(0x15, {}))).bytes();
     EXPECT_FALSE(feed(*ait, section));
     EXPECT_EQ(applicationIds(*ait), (std::vector<uint16_t>{1}));
 }
@@ -154,11 +153,15 @@ TEST_F(AITTest, LookupsByIdentifiersControlCodeAndUsage)
 {
     ApplicationDescriptorFields carouselOnly;
     carouselOnly.labels = {2};
-    const Bytes section = AITSection()
-                              .application(App(0x10, 1, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://p/")))
-                              .application(App(0x10, 2, 1).with(applicationDescriptor({})).with(httpTransport(1, "http://a/")))
-                              .application(App(0x11, 3, 1).with(applicationDescriptor(carouselOnly)).with(carouselTransport(2, 5)).with(usageDescriptor(1)))
-                              .bytes();
+    const Bytes section =
+        AITSection()
+            .application(App(0x10, 1, 2).with(applicationDescriptor({})).with(httpTransport(1, "http://p/")))
+            .application(App(0x10, 2, 1).with(applicationDescriptor({})).with(httpTransport(1, "http://a/")))
+            .application(App(0x11, 3, 1)
+                             .with(applicationDescriptor(carouselOnly))
+                             .with(carouselTransport(2, 5))
+                             .with(usageDescriptor(1)))
+            .bytes();
     ASSERT_TRUE(feed(*ait, section));
     AITApplication* present = ait->getAITApplication(0x10ul, 1);
     AITApplication* http = ait->getAITApplication(0x10ul, 2);
@@ -210,4 +213,4 @@ TEST(XMLAITTest, OnlyTheFirstApplicationOfARecordIsTaken)
     EXPECT_FALSE(ait->parse(missing));
 }
 
-} // namespace
+}  // namespace

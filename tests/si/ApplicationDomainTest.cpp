@@ -112,4 +112,4 @@ TEST(ApplicationDomainTest, HostNamesAndProtocols)
     EXPECT_EQ(ApplicationDomain::extractProtocol("ftp://a"), 0);
 }
 
-} // namespace
+}  // namespace

@@ -153,4 +153,4 @@ TEST(SiTextTest, MicrosecondsCarryIntoSeconds)
     EXPECT_EQ(back.tv_usec, -10) << "signed division leaves the microseconds negative";
 }
 
-} // namespace
+}  // namespace

@@ -9,8 +9,14 @@ using namespace tesmo_test;
 
 namespace {
 
-Bytes streamId(uint8_t tag) { return descriptor(0x52, {tag}); }
-Bytes carouselId(uint32_t id) { return descriptor(0x13, {uint8_t(id >> 24), uint8_t(id >> 16), uint8_t(id >> 8), uint8_t(id), 0}); }
+Bytes streamId(uint8_t tag)
+{
+    return descriptor(0x52, {tag});
+}
+Bytes carouselId(uint32_t id)
+{
+    return descriptor(0x13, {uint8_t(id >> 24), uint8_t(id >> 16), uint8_t(id >> 8), uint8_t(id), 0});
+}
 
 std::unique_ptr<PMT> parse(const Bytes& section)
 {
@@ -21,8 +27,9 @@ std::unique_ptr<PMT> parse(const Bytes& section)
 TEST(PMTTest, KeepsStreamsWithTheirCarouselDescriptors)
 {
     auto pmt = parse(pmtSection(0x0D49, {{0x02, 0x100, streamId(1)},
-                                         {0x0B, 0x200, concat({carouselId(0x11223344), descriptor(0x66, {1, 2, 3}), streamId(5),
-                                                               descriptor(0x14, {0, 0}), descriptor(0x15, {})})},
+                                         {0x0B, 0x200,
+                                          concat({carouselId(0x11223344), descriptor(0x66, {1, 2, 3}), streamId(5),
+                                                  descriptor(0x14, {0, 0}), descriptor(0x15, {})})},
                                          {0x05, 0x7D2, descriptor(0x6F, {0x00, 0x10, 0xE0})}}));
     ASSERT_EQ(pmt->getStreams().size(), 3u);
     const ElementaryStream* carousel = pmt->getElementaryStream(5);
@@ -100,4 +107,4 @@ TEST(PMTTest, DescriptorsCutByTheSectionEndAreNotKept)
     EXPECT_EQ(pmt->getStreams()[0]->getCarouselIdentifierDescriptor(), nullptr);
 }
 
-} // namespace
+}  // namespace

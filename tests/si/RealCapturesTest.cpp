@@ -96,4 +96,4 @@ TEST(RealCapturesTest, RaiPmtsSignalTheHbbTVAit)
     EXPECT_EQ(signallingServices, 7);
 }
 
-} // namespace
+}  // namespace

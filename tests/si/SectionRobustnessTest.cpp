@@ -43,8 +43,9 @@ Bytes richAitSection()
 
 Bytes richPmtSection()
 {
-    return pmtSection(1, {{0x05, 0x100, descriptor(0x6F, {0x00, 0x10, 0xE0})},
-                          {0x0B, 0x200, concat({descriptor(0x52, {5}), descriptor(0x13, {0, 0, 0, 1, 0})})}},
+    return pmtSection(1,
+                      {{0x05, 0x100, descriptor(0x6F, {0x00, 0x10, 0xE0})},
+                       {0x0B, 0x200, concat({descriptor(0x52, {5}), descriptor(0x13, {0, 0, 0, 1, 0})})}},
                       Bytes{0x09, 0x04, 0x01, 0x02, 0x03, 0x04});
 }
 
@@ -113,4 +114,4 @@ TEST(SectionRobustnessTest, CorruptedBytesNeverLeadOutsideTheSection)
     }
 }
 
-} // namespace
+}  // namespace

@@ -72,9 +72,8 @@ protected:
 
     // The browser window granted for the running application, once it was started.
     static DAXO_TesmoWindow* appWindow() { return platform().lastGrantedWindow(); }
-
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -12,7 +12,8 @@ namespace tesmo_test {
 // past them (a vector may hold spare capacity).
 class ExactBuffer {
 public:
-    explicit ExactBuffer(const Bytes& bytes) : size(bytes.size()), data(new unsigned char[bytes.size() ? bytes.size() : 1])
+    explicit ExactBuffer(const Bytes& bytes)
+        : size(bytes.size()), data(new unsigned char[bytes.size() ? bytes.size() : 1])
     {
         if (!bytes.empty())
             std::memcpy(data.get(), bytes.data(), bytes.size());
@@ -26,6 +27,6 @@ private:
     std::unique_ptr<unsigned char[]> data;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -81,18 +81,27 @@ void FakeWorld::record(std::string name, std::vector<std::string> args)
     recorded.push_back(Call{std::move(name), std::move(args)});
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 using tesmo_test::FakeWorld;
 using tesmo_test::ptr;
 
 namespace {
 
-FakeWorld& world() { return FakeWorld::get(); }
-std::string text(const char* s) { return s ? s : "(null)"; }
-std::string num(long long n) { return std::to_string(n); }
+FakeWorld& world()
+{
+    return FakeWorld::get();
+}
+std::string text(const char* s)
+{
+    return s ? s : "(null)";
+}
+std::string num(long long n)
+{
+    return std::to_string(n);
+}
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
@@ -140,8 +149,7 @@ void tm_protocol_set_mime_type(void* stream, const char* mime_type)
 
 void tm_protocol_write(void* stream, const unsigned char* data, unsigned int length)
 {
-    world().record("tm_protocol_write",
-                   {ptr(stream), std::string(reinterpret_cast<const char*>(data), length)});
+    world().record("tm_protocol_write", {ptr(stream), std::string(reinterpret_cast<const char*>(data), length)});
 }
 
 void tm_protocol_finished(void* stream, int status)
@@ -166,9 +174,18 @@ void daxo_keyboard_evt(int action, DAXO_KEY_SYM key, uint8_t modifiers)
 
 // ---- platform ----
 
-void hbbtv_ait_start(void) { world().record("hbbtv_ait_start", {}); }
-void hbbtv_ait_stop(void) { world().record("hbbtv_ait_stop", {}); }
-void hbbtv_ait_invalidate(void) { world().record("hbbtv_ait_invalidate", {}); }
+void hbbtv_ait_start(void)
+{
+    world().record("hbbtv_ait_start", {});
+}
+void hbbtv_ait_stop(void)
+{
+    world().record("hbbtv_ait_stop", {});
+}
+void hbbtv_ait_invalidate(void)
+{
+    world().record("hbbtv_ait_invalidate", {});
+}
 
 void hbbtv_ait_completed(int version_number)
 {
@@ -181,9 +198,18 @@ int hbbtv_keyset_get_supported_values(void)
     return world().supportedKeys;
 }
 
-void dsmcc_start(void) { world().record("dsmcc_start", {}); }
-void dsmcc_stop(void) { world().record("dsmcc_stop", {}); }
-void dsmcc_clear_cache(void) { world().record("dsmcc_clear_cache", {}); }
+void dsmcc_start(void)
+{
+    world().record("dsmcc_start", {});
+}
+void dsmcc_stop(void)
+{
+    world().record("dsmcc_stop", {});
+}
+void dsmcc_clear_cache(void)
+{
+    world().record("dsmcc_clear_cache", {});
+}
 
 int dsmcc_get_file(const char* path, void* id)
 {
@@ -235,8 +261,8 @@ int dsmcc_stream_event_subscribe(const char* path, void* a, void* b, void* c, vo
     return world().subscribeResult;
 }
 
-int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_id, uint16_t b,
-                                     void* x, void* y, void* z)
+int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_id, uint16_t b, void* x, void* y,
+                                     void* z)
 {
     world().record("dsmcc_xml_stream_event_subscribe",
                    {ptr(first), num(a), num(service_id), num(b), ptr(x), ptr(y), ptr(z)});
@@ -266,4 +292,4 @@ void fake_world_reset(void)
     world().reset();
 }
 
-} // extern "C"
+}  // extern "C"

@@ -41,22 +41,22 @@ public:
     void record(std::string name, std::vector<std::string> args);
 
     // ---- programmable answers ----
-    int supportedKeys = 0;                       // hbbtv_keyset_get_supported_values
-    int openUrlResult = 0;                       // tm_open_url
-    int loadingUrlResult = 0;                    // tm_get_loading_url
+    int supportedKeys = 0;  // hbbtv_keyset_get_supported_values
+    int openUrlResult = 0;  // tm_open_url
+    int loadingUrlResult = 0;  // tm_get_loading_url
     std::string loadingUrl;
-    int getWindowResult = 0;                     // tm_get_window
+    int getWindowResult = 0;  // tm_get_window
     std::map<long, DAXO_TesmoWindow*> windowsByHandle;
     // tm_resolve_relative_url; by default answers 0 and leaves the result null.
     std::function<int(const char* base, const char* relative, char** result)> resolveRelativeUrl;
-    int getFileResult = DSMCC_PENDING;           // dsmcc_get_file
-    int mimeTypeResult = DSMCC_OK;               // dsmcc_get_mime_type
-    std::optional<std::string> mimeType;         // handed over malloc'ed when set
-    std::vector<std::string> filePieces;         // dsmcc_read hands these out, then length 0
-    int readFailsAtPiece = -1;                   // that read answers DSMCC_FILE_ERROR_CODE
-    int sameCarouselResult = 0;                  // dsmcc_same_carousel
+    int getFileResult = DSMCC_PENDING;  // dsmcc_get_file
+    int mimeTypeResult = DSMCC_OK;  // dsmcc_get_mime_type
+    std::optional<std::string> mimeType;  // handed over malloc'ed when set
+    std::vector<std::string> filePieces;  // dsmcc_read hands these out, then length 0
+    int readFailsAtPiece = -1;  // that read answers DSMCC_FILE_ERROR_CODE
+    int sameCarouselResult = 0;  // dsmcc_same_carousel
     int sameCarousel = 1;
-    int subscribeResult = 0;                     // stream-event subscriptions
+    int subscribeResult = 0;  // stream-event subscriptions
 
     // Next piece of the file for a read id; bookkeeping for dsmcc_read.
     std::map<void*, size_t> readCursor;
@@ -67,6 +67,6 @@ private:
     std::vector<Call> recorded;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -24,7 +24,10 @@ protected:
 };
 
 // A platform-owned string, as the platform hands it over.
-inline char* platformString(const char* text) { return strdup(text); }
+inline char* platformString(const char* text)
+{
+    return strdup(text);
+}
 
 // A platform-owned, zero-filled event record.
 inline HBBTV_EventData* platformEvent()
@@ -32,6 +35,6 @@ inline HBBTV_EventData* platformEvent()
     return static_cast<HBBTV_EventData*>(calloc(1, sizeof(HBBTV_EventData)));
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

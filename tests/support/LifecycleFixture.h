@@ -23,7 +23,7 @@ class LifecycleTest : public PlatformTest {
 protected:
     // A broadcast table of one section.
     static TesmoHbbTV::ref_ptr<TesmoHbbTV::AIT> table(const std::vector<App>& apps, uint8_t version = 1,
-                                                       void* channel = nullptr)
+                                                      void* channel = nullptr)
     {
         AITSection section;
         section.version(version);
@@ -72,6 +72,6 @@ protected:
     }
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

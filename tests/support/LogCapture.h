@@ -76,6 +76,6 @@ private:
     };
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -95,9 +95,8 @@ TEST(LoggingTest, OutputsWriteOnlyFromTheirMinimumLevel)
     LogEntry(LogLevel(0), "m") << "zero";
     LogEntry(LogLevel(5), "m") << "five";
 
-    EXPECT_EQ(readFile(path), LogCapture::STAMP + "  WARN [           m] warn\n" +
-                                  LogCapture::STAMP + "   ERR [           m] err\n" +
-                                  LogCapture::STAMP + "[           m] five\n");
+    EXPECT_EQ(readFile(path), LogCapture::STAMP + "  WARN [           m] warn\n" + LogCapture::STAMP +
+                                  "   ERR [           m] err\n" + LogCapture::STAMP + "[           m] five\n");
     EXPECT_EQ(log.lines.size(), 5u);
     std::remove(path.c_str());
 }
@@ -134,4 +133,4 @@ TEST(LoggingTest, StdoutOutputWritesWholeLines)
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), LogCapture::STAMP + "   LOG [           m] shown\n");
 }
 
-} // namespace
+}  // namespace

@@ -52,4 +52,4 @@ TEST(LoggingThreadsTest, LinesFromFourThreadsNeverInterleave)
     std::remove(path.c_str());
 }
 
-} // namespace
+}  // namespace

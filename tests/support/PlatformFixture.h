@@ -51,6 +51,6 @@ protected:
     HBBTV_Window* window = nullptr;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -137,4 +137,4 @@ std::vector<std::string> PlatformListener::startedUrls() const
     return out;
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

@@ -55,10 +55,10 @@ public:
 
     // ---- answers ----
     bool grantWindows = true;
-    std::optional<int32_t> startAction;    // written into every start record when set
-    std::optional<bool> reactivateAit;     // written through the stop record when set
+    std::optional<int32_t> startAction;  // written into every start record when set
+    std::optional<bool> reactivateAit;  // written through the stop record when set
     std::optional<bool> trusted;
-    long freeMemory = -1;                  // left as is when -1
+    long freeMemory = -1;  // left as is when -1
     // A TV with one HbbTV browser window grants the same one to every request.
     bool grantOneWindow = false;
     // Called after a notification is recorded and answered: what an integrator's listener
@@ -75,6 +75,6 @@ private:
     DAXO_TesmoWindow* lastGranted = nullptr;
 };
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

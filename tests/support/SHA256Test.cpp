@@ -42,7 +42,9 @@ TEST(SHA256Test, PaddingSpillsIntoASecondBlockFrom56Bytes)
 TEST(SHA256Test, StreamedTextAndPiecewiseInputGiveTheSameDigest)
 {
     SHA256 streamed;
-    streamed << "ab" << "" << "c";
+    streamed << "ab"
+             << ""
+             << "c";
     EXPECT_EQ(streamed.getResultString(), digestOf("abc"));
 
     SHA256 empty;
@@ -77,4 +79,4 @@ TEST(SHA256Test, EveryResultPadsAgainUntilReset)
     EXPECT_EQ(first[7], 0xf20015adu);
 }
 
-} // namespace
+}  // namespace

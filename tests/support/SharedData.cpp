@@ -20,4 +20,4 @@ Bytes readFileBytes(const std::string& path)
     return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

@@ -11,13 +11,13 @@ namespace tesmo_test {
 std::string sharedDataDir();
 Bytes readFileBytes(const std::string& path);
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 // Skips the test, saying why, when the shared data is absent (a user's fresh clone).
-#define REQUIRE_SHARED_DATA()                                                                     \
-    do {                                                                                          \
-        if (tesmo_test::sharedDataDir().empty())                                                 \
-            GTEST_SKIP() << "../shared/data is not beside this checkout: real-data test skipped"; \
+#define REQUIRE_SHARED_DATA()                                                                                          \
+    do {                                                                                                               \
+        if (tesmo_test::sharedDataDir().empty())                                                                       \
+            GTEST_SKIP() << "../shared/data is not beside this checkout: real-data test skipped";                      \
     } while (0)
 
 #endif

@@ -32,7 +32,7 @@ struct HandleDeleter {
     }
 };
 
-} // namespace
+}  // namespace
 
 std::vector<Bytes> sectionsOnPid(const std::string& path, uint16_t pid)
 {
@@ -54,4 +54,4 @@ std::vector<Bytes> sectionsOnPid(const std::string& path, uint16_t pid)
     return sections;
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

@@ -14,6 +14,6 @@ namespace tesmo_test {
 // CRC fails.
 std::vector<Bytes> sectionsOnPid(const std::string& path, uint16_t pid);
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -63,8 +63,12 @@ TEST_F(ConfinedFilesTest, OnlyRegularFilesInsideTheDirectory)
         std::string bytes, why;
         const bool served = files.read(c.path, bytes, why);
         EXPECT_EQ(served, c.content != nullptr) << c.path << ": " << why;
-        EXPECT_EQ(served ? bytes : why.empty() ? "" : "refused", c.content ? c.content : "refused") << c.path << ": " << why;
+        EXPECT_EQ(served        ? bytes
+                  : why.empty() ? ""
+                                : "refused",
+                  c.content ? c.content : "refused")
+            << c.path << ": " << why;
     }
 }
 
-} // namespace
+}  // namespace

@@ -151,10 +151,10 @@ TEST_F(DashManifestTest, Durations)
         const char* text;
         const char* seconds;
     } cases[] = {
-        {"'PT1H2M3.5S'", "3723.5"}, {"'P1D'", "86400"},       {"'P1DT1S'", "86401"},   {"'PT90M'", "5400"},
-        {"'PT0.25S'", "0.25"},      {"'P1Y2M'", "36720000"},  {"'PT1H2M3.5'", "NaN"},  {"'1:02:03'", "NaN"},
-        {"'pt5s'", "NaN"},          {"' PT5S'", "NaN"},       {"'-PT5S'", "NaN"},      {"'PT1.5H'", "NaN"},
-        {"'P1W'", "NaN"},           {"''", "NaN"},            {"null", "NaN"},
+        {"'PT1H2M3.5S'", "3723.5"}, {"'P1D'", "86400"},      {"'P1DT1S'", "86401"},  {"'PT90M'", "5400"},
+        {"'PT0.25S'", "0.25"},      {"'P1Y2M'", "36720000"}, {"'PT1H2M3.5'", "NaN"}, {"'1:02:03'", "NaN"},
+        {"'pt5s'", "NaN"},          {"' PT5S'", "NaN"},      {"'-PT5S'", "NaN"},     {"'PT1.5H'", "NaN"},
+        {"'P1W'", "NaN"},           {"''", "NaN"},           {"null", "NaN"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(evaluate(std::string("String(tv.dashManifest.seconds(") + c.text + "))"), c.seconds) << c.text;
@@ -180,8 +180,8 @@ TEST_F(DashManifestTest, Templates)
     };
     for (const auto& c : cases) {
         const std::string call = std::string("tv.dashManifest.fill('") + c.templateText +
-                                 "', E('Representation', { id: 'v1', bandwidth: 500000 }), " + std::to_string(c.number) +
-                                 ", " + std::to_string(c.time) + ")";
+                                 "', E('Representation', { id: 'v1', bandwidth: 500000 }), " +
+                                 std::to_string(c.number) + ", " + std::to_string(c.time) + ")";
         EXPECT_EQ(evaluate(call), c.url) << c.templateText;
     }
 }
@@ -203,7 +203,8 @@ const ManifestCase MANIFESTS[] = {
      R"js(video('PT4S', [E('SegmentTemplate', { media: '$Number$-$Time$.m4s', duration: 180000, timescale: 90000,
                                                presentationTimeOffset: 900000 }),
                          E('Representation', { id: 'v1' })]))js",
-     {"duration 4", "video/mp4 offset -10", "http://cdn.test/show/1-900000.m4s 0", "http://cdn.test/show/2-1080000.m4s 2"}},
+     {"duration 4", "video/mp4 offset -10", "http://cdn.test/show/1-900000.m4s 0",
+      "http://cdn.test/show/2-1080000.m4s 2"}},
     {"the period's own duration bounds the segments",
      R"js(E('MPD', { mediaPresentationDuration: 'PT1M' }, [E('Period', { duration: 'PT3S' }, [
              E('AdaptationSet', { mimeType: 'video/mp4' }, [E('SegmentTemplate', { media: '$Number$.m4s', duration: 2 }),
@@ -215,8 +216,8 @@ const ManifestCase MANIFESTS[] = {
                                                         E('S', { t: 180, d: 20 })])]),
                           E('Representation', {})]))js",
      {"duration 20", "video/mp4 offset 0", "http://cdn.test/show/init.mp4 -1", "http://cdn.test/show/seg-100.m4s 10",
-      "http://cdn.test/show/seg-120.m4s 12", "http://cdn.test/show/seg-140.m4s 14", "http://cdn.test/show/seg-160.m4s 16",
-      "http://cdn.test/show/seg-180.m4s 18"}},
+      "http://cdn.test/show/seg-120.m4s 12", "http://cdn.test/show/seg-140.m4s 14",
+      "http://cdn.test/show/seg-160.m4s 16", "http://cdn.test/show/seg-180.m4s 18"}},
     {"a timeline repeated to the period's end by r=-1",
      R"js(video('PT10S', [E('SegmentTemplate', { media: '$Number$.m4s', startNumber: 0 }, [
                               E('SegmentTimeline', {}, [E('S', { t: 0, d: 4 }), E('S', { d: 2, r: -1 })])]),
@@ -229,8 +230,8 @@ const ManifestCase MANIFESTS[] = {
                              E('SegmentList', { duration: 4, timescale: 2 }, [
                                  E('Initialization', { sourceURL: 'init.mp4' }), E('SegmentURL', { media: 'a.m4s' }),
                                  E('SegmentURL', { media: '/abs/b.m4s' }), E('SegmentURL', { media: 'http://other.test/c.m4s' })])])]))js",
-     {"duration 6", "video/mp4 offset 0", "http://cdn.test/show/parts/init.mp4 -1", "http://cdn.test/show/parts/a.m4s 0",
-      "http://cdn.test/abs/b.m4s 2", "http://other.test/c.m4s 4"}},
+     {"duration 6", "video/mp4 offset 0", "http://cdn.test/show/parts/init.mp4 -1",
+      "http://cdn.test/show/parts/a.m4s 0", "http://cdn.test/abs/b.m4s 2", "http://other.test/c.m4s 4"}},
     {"one file, its BaseURL resolved through every level",
      R"js(E('MPD', { mediaPresentationDuration: 'PT30S' }, [E('BaseURL', {}, 'http://media.test/root/'), E('Period', {}, [
              E('BaseURL', {}, 'p1/'), E('AdaptationSet', { mimeType: 'video/mp4' }, [
@@ -253,9 +254,12 @@ const ManifestCase MANIFESTS[] = {
     // Manifests it does not play, with the A/V control object's error.
     {"not an MPD", "E('html', {}, [])", {"code 4"}},
     {"no document", "null", {"code 4"}},
-    {"a live manifest", "E('MPD', { type: 'dynamic', mediaPresentationDuration: 'PT5S' }, [E('Period', {}, [])])", {"code 0"}},
+    {"a live manifest",
+     "E('MPD', { type: 'dynamic', mediaPresentationDuration: 'PT5S' }, [E('Period', {}, [])])",
+     {"code 0"}},
     {"no period", "E('MPD', { mediaPresentationDuration: 'PT5S' }, [])", {"code 4"}},
-    {"no duration", "E('MPD', {}, [E('Period', {}, [E('AdaptationSet', { mimeType: 'video/mp4' }, [E('Representation', {})])])])",
+    {"no duration",
+     "E('MPD', {}, [E('Period', {}, [E('AdaptationSet', { mimeType: 'video/mp4' }, [E('Representation', {})])])])",
      {"code 4"}},
     {"nothing the engine plays",
      "E('MPD', { mediaPresentationDuration: 'PT5S' }, [E('Period', {}, [E('AdaptationSet', { mimeType: 'video/webm' }, "
@@ -281,9 +285,12 @@ TEST_F(DashManifestTest, SegmentBound)
         const char* manifest;
         const char* segments;
     } cases[] = {
-        {"video('PT100000S', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])", "100000"},
-        {"video('PT100001S', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])", "code 4"},
-        {"video('P1000000Y', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])", "code 4"},
+        {"video('PT100000S', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])",
+         "100000"},
+        {"video('PT100001S', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])",
+         "code 4"},
+        {"video('P1000000Y', [E('SegmentTemplate', { media: '$Number$', duration: 1 }), E('Representation', {})])",
+         "code 4"},
         {"video('PT1S', [E('SegmentTemplate', { media: '$Number$', duration: 1, timescale: 1e9 }), E('Representation', {})])",
          "code 4"},
         {"video('PT5S', [E('SegmentTemplate', { media: '$Time$' }, [E('SegmentTimeline', {}, [E('S', { d: 1, r: 99999 })])]), "
@@ -312,4 +319,4 @@ TEST_F(DashManifestTest, SegmentBound)
         EXPECT_EQ(evaluate(std::string("count(") + c.manifest + ")"), c.segments) << c.manifest;
 }
 
-} // namespace
+}  // namespace

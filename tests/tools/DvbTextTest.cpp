@@ -12,8 +12,12 @@ TEST(DvbTextTest, CharacterTableSelectors)
     EXPECT_EQ(dvbTextToUtf8("\x15\xC3\xA9t\xC3\xA9"), "\xC3\xA9t\xC3\xA9") << "UTF-8 as it is";
     EXPECT_EQ(dvbTextToUtf8(std::string("\x11\x00\x41\x04\x10", 5)), "A\xD0\x90") << "UCS-2";
     EXPECT_EQ(dvbTextToUtf8(std::string("\x10\x00\x07\xC1", 4)), "\xCE\x91") << "ISO 8859-7 by its number";
-    EXPECT_EQ(dvbTextToUtf8("A\x86" "B\x87" "C"), "ABC") << "emphasis codes dropped";
+    EXPECT_EQ(dvbTextToUtf8("A\x86"
+                            "B\x87"
+                            "C"),
+              "ABC")
+        << "emphasis codes dropped";
     EXPECT_EQ(dvbTextToUtf8(""), "");
 }
 
-} // namespace
+}  // namespace

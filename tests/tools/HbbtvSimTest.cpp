@@ -85,7 +85,8 @@ TEST(HbbtvSimTest, BundledSampleShowsAStartAndAFailover)
 
 TEST(HbbtvSimTest, JsonLinesCarryEveryFieldOfTheNotifications)
 {
-    const SimRun run = sim("--json " SAMPLE_DIR "/sample.ts --carousel " SAMPLE_DIR "/carousel --status 'http://*=404'");
+    const SimRun run =
+        sim("--json " SAMPLE_DIR "/sample.ts --carousel " SAMPLE_DIR "/carousel --status 'http://*=404'");
     ASSERT_EQ(run.status, 0) << run.err;
     std::istringstream lines(run.out);
     std::string line, start, update, open;
@@ -102,12 +103,17 @@ TEST(HbbtvSimTest, JsonLinesCarryEveryFieldOfTheNotifications)
             open = line;
     }
     EXPECT_GT(objects, 20);
-    EXPECT_THAT(start, HasSubstr("\"flag_a\":1,\"flag_b\":0,\"flag_c\":1,\"organisation_id\":16,\"application_id\":1,"
-                                 "\"url\":\"http://sample.example/app/index.html\",\"reactivate_ait\":null,\"usage_type\":0,\"action\":0"));
+    EXPECT_THAT(
+        start,
+        HasSubstr(
+            "\"flag_a\":1,\"flag_b\":0,\"flag_c\":1,\"organisation_id\":16,\"application_id\":1,"
+            "\"url\":\"http://sample.example/app/index.html\",\"reactivate_ait\":null,\"usage_type\":0,\"action\":0"));
     EXPECT_THAT(update, HasSubstr("\"is_xml_ait\":0,\"num_applications\":2"));
     EXPECT_THAT(update, HasSubstr("\"urls\":[\"dvb://1.1.1.5/index.html\",\"http://sample.example/app/index.html\"]"));
     EXPECT_THAT(update, HasSubstr("\"was_corrected\":0"));
-    EXPECT_TRUE(std::regex_search(open, std::regex(R"("call":"tm_open_url","window":"0x10000","url":"http://sample.example/app/index.html","tick":6)")))
+    EXPECT_TRUE(std::regex_search(
+        open,
+        std::regex(R"("call":"tm_open_url","window":"0x10000","url":"http://sample.example/app/index.html","tick":6)")))
         << open;
     EXPECT_THAT(run.out, HasSubstr("{\"call\":\"dsmcc_get_file\",\"path\":\"1.1.1.5/index.html\""));
     EXPECT_THAT(run.out, HasSubstr("{\"call\":\"hbbtv_ait_completed\",\"version_number\":1,"));
@@ -120,7 +126,8 @@ TEST(HbbtvSimTest, GeneratorRefusesWhatAStreamCannotCarry)
     const std::string desc = readFile(SAMPLE_DIR "/sample.desc");
     std::string manyApplications;
     for (int i = 0; i < 20; ++i)
-        manyApplications += "  application 0x10 " + std::to_string(0x100 + i) + " PRESENT priority 1 profile 0x0000 1.1.1\n"
+        manyApplications += "  application 0x10 " + std::to_string(0x100 + i) +
+                            " PRESENT priority 1 profile 0x0000 1.1.1\n"
                             "    name \"An application with a long name\"\n    transport 1 http http://a.example/\n";
     const std::pair<std::string, std::string> faults[] = {
         {"carousel_block_size 512", "carousel_block_size 0"},
@@ -159,19 +166,18 @@ TEST(HbbtvSimTest, GeneratorRoundTrip)
     EXPECT_EQ(readFile(ts), readFile(SAMPLE_DIR "/sample.ts")) << "the committed sample is the description's";
     const SimRun run = sim("--dump-ait " + ts);
     ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out,
-              "AIT application type 0x0010, version 1, section 0 of 1, 1 application(s)\n"
-              "  0x00000010.0x0001 \"Sample Application\" AUTOSTART, priority 5, visibility 3\n"
-              "    profile 0x0000 version 1.1.1\n"
-              "    transport 1: HTTP http://sample.example/app/\n"
-              "    transport 2: object carousel tag 0x05\n"
-              "    location index.html\n"
-              "    boundary http://sample.example/\n"
-              "AIT application type 0x0010, version 1, section 1 of 1, 1 application(s)\n"
-              "  0x00000010.0x0002 \"Sample Catalogue\" PRESENT, priority 1, visibility 3, service-bound\n"
-              "    profile 0x0000 version 1.1.1\n"
-              "    transport 1: HTTP http://sample.example/catalogue/\n"
-              "    location index.html\n");
+    EXPECT_EQ(run.out, "AIT application type 0x0010, version 1, section 0 of 1, 1 application(s)\n"
+                       "  0x00000010.0x0001 \"Sample Application\" AUTOSTART, priority 5, visibility 3\n"
+                       "    profile 0x0000 version 1.1.1\n"
+                       "    transport 1: HTTP http://sample.example/app/\n"
+                       "    transport 2: object carousel tag 0x05\n"
+                       "    location index.html\n"
+                       "    boundary http://sample.example/\n"
+                       "AIT application type 0x0010, version 1, section 1 of 1, 1 application(s)\n"
+                       "  0x00000010.0x0002 \"Sample Catalogue\" PRESENT, priority 1, visibility 3, service-bound\n"
+                       "    profile 0x0000 version 1.1.1\n"
+                       "    transport 1: HTTP http://sample.example/catalogue/\n"
+                       "    location index.html\n");
     std::remove(ts.c_str());
 }
 
@@ -180,8 +186,10 @@ TEST(HbbtvSimTest, SampleCarouselListsAndExtractsAsWritten)
     const SimRun list = sim("--carousel-list");
     ASSERT_EQ(list.status, 0) << list.err;
     EXPECT_THAT(list.out, HasSubstr("object carousel on PID 0x0102: 32 section(s)\n"));
-    EXPECT_THAT(list.out, HasSubstr("  /events/sample                   stream event                  module 1 v1  complete\n"));
-    EXPECT_THAT(list.out, HasSubstr("  /data/menu.txt                   file                75 bytes  module 5 v1  complete\n"));
+    EXPECT_THAT(list.out,
+                HasSubstr("  /events/sample                   stream event                  module 1 v1  complete\n"));
+    EXPECT_THAT(list.out,
+                HasSubstr("  /data/menu.txt                   file                75 bytes  module 5 v1  complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  module 3 v1: 556 bytes (zlib) in 2 block(s), complete\n"));
     EXPECT_THAT(list.out, HasSubstr("  module 4 v1: 3107 bytes in 7 block(s), complete\n"));
 
@@ -201,8 +209,12 @@ TEST(HbbtvSimTest, RealCapturesHoldPiecesOfCarousels)
     EXPECT_EQ(rai.status, 0) << rai.err;
     EXPECT_THAT(rai.out, HasSubstr("  /                                service gateway               module 0 v0  "
                                    "incomplete: 0 of 6 blocks, missing 0-5\n"));
-    EXPECT_THAT(rai.out, HasSubstr("  module 2 v0: 53375 bytes (zlib) in 14 block(s), incomplete: 0 of 14 blocks, missing 0-13\n"));
-    EXPECT_THAT(rai.out, HasSubstr("  module 4 v0: 21734 bytes (zlib) in 6 block(s), incomplete: 3 of 6 blocks, missing 0, 4-5\n"));
+    EXPECT_THAT(
+        rai.out,
+        HasSubstr("  module 2 v0: 53375 bytes (zlib) in 14 block(s), incomplete: 0 of 14 blocks, missing 0-13\n"));
+    EXPECT_THAT(
+        rai.out,
+        HasSubstr("  module 4 v0: 21734 bytes (zlib) in 6 block(s), incomplete: 3 of 6 blocks, missing 0, 4-5\n"));
 
     const SimRun lone = sim(capture("rai-dtt-hbbtv.ts") + " --carousel-list --carousel-pid 0x0BBA");
     EXPECT_EQ(lone.status, 1) << "a block, but no carousel to put it in";
@@ -237,11 +249,12 @@ TEST(HbbtvSimTest, TimestampedAndParityPacketsReadLikePlainOnes)
 TEST(HbbtvSimTest, ScriptDrivesPlatformPageAndViewer)
 {
     const std::string script = tempFile("script");
-    writeFile(script, "# everything a script can do\n"
-                      "tick 20\nkeyset 0x1FF\nkey 7\nshow\nhide\nbroadband off\nbroadband on\n"
-                      "xml-ait " SHARED_XML_AIT "\n"
-                      "tick 5\nlow-memory\ntime-shift on\ntime-shift off\ntick 5\nfail http://*\n"
-                      "start-url http://portal.example/\ntick 5\nload-fail\nterminate\ndestroy-application\nservice-change\n");
+    writeFile(script,
+              "# everything a script can do\n"
+              "tick 20\nkeyset 0x1FF\nkey 7\nshow\nhide\nbroadband off\nbroadband on\n"
+              "xml-ait " SHARED_XML_AIT "\n"
+              "tick 5\nlow-memory\ntime-shift on\ntime-shift off\ntick 5\nfail http://*\n"
+              "start-url http://portal.example/\ntick 5\nload-fail\nterminate\ndestroy-application\nservice-change\n");
     const SimRun run = sim(SAMPLE_DIR "/sample.ts --script " + script);
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, HasSubstr("the page sets its key set to 0x1FF: result 0, now 0x1FF"));
@@ -313,7 +326,8 @@ TEST(HbbtvSimTest, RaiApplicationsAskForAVersionNoTerminalOffers)
         const SimRun run = sim(capture("rai-dtt-hbbtv.ts") + " --hbbtv-version " + version);
         ASSERT_EQ(run.status, 0) << run.err;
         EXPECT_THAT(run.out, HasSubstr("service 0x0D49 \"Rai 1\""));
-        EXPECT_THAT(run.out, HasSubstr("0x3C0.0x65 \"Telecomando HbbTV\" AUTOSTART, priority 0, profile 0x0000 version 1.4.1"));
+        EXPECT_THAT(run.out,
+                    HasSubstr("0x3C0.0x65 \"Telecomando HbbTV\" AUTOSTART, priority 0, profile 0x0000 version 1.4.1"));
         EXPECT_THAT(run.out, HasSubstr("AIT v0 complete: the library takes it"));
         EXPECT_THAT(run.out, HasSubstr("Attempt to start application with unsupported platform profile."));
         EXPECT_THAT(run.out, HasSubstr(std::string("user-agent extension: HbbTV/") + version));
@@ -330,9 +344,11 @@ TEST(HbbtvSimTest, AitWithoutApplicationTypesIsPlayedWhenNothingElseIs)
     ts.writeSection(0x0000, patSection(1, {{0x0007, 0x0100}}));
     ts.writeSection(0x0100, pmtSection(0x0007, {{0x05, 0x0101, descriptor(0x6F, {})}}));
     ApplicationDescriptorFields fields;
-    ts.writeSection(0x0101, AITSection()
-                                .application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://a.tv/")))
-                                .bytes());
+    ts.writeSection(
+        0x0101,
+        AITSection()
+            .application(App(0x10, 1, 1).with(applicationDescriptor(fields)).with(httpTransport(1, "http://a.tv/")))
+            .bytes());
     const std::string path = tempFile("unlabelled.ts");
     writeFile(path, std::string(ts.bytes().begin(), ts.bytes().end()));
     const SimRun run = sim(path);
@@ -360,4 +376,4 @@ TEST(HbbtvSimTest, CapturesWithoutAnHbbTVService)
     EXPECT_THAT(synthetic.err, HasSubstr("no service can be played: the capture has no PAT"));
 }
 
-} // namespace
+}  // namespace

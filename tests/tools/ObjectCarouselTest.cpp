@@ -173,8 +173,10 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
     }
     {  // a directory bound under two names, names no file may have, a chain deeper than any carousel
         Fed fed;
-        std::vector<NamedReference> top = {{"shared", {"dir", 1, KEY3}}, {"again", {"dir", 1, KEY3}},
-                                           {"..", {"dir", 1, KEY3}}, {std::string("a\0b", 3), {"dir", 1, KEY3}},
+        std::vector<NamedReference> top = {{"shared", {"dir", 1, KEY3}},
+                                           {"again", {"dir", 1, KEY3}},
+                                           {"..", {"dir", 1, KEY3}},
+                                           {std::string("a\0b", 3), {"dir", 1, KEY3}},
                                            {"deep", {"dir", 1, key(100)}}};
         ModuleSpec module{1, 1, biopDirectory(ids, "srg", KEY1, top), false};
         append(module.data, biopDirectory(ids, "dir", KEY3, {}));
@@ -186,8 +188,9 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         EXPECT_EQ(fed.entry("/..")->problem, "a name no file may have: not followed");
         EXPECT_EQ(fed.entry("/a\\0b")->problem, "a name no file may have: not followed");
         const std::vector<ObjectCarousel::Entry> entries = fed.carousel.list();
-        const auto deepest = std::find_if(entries.begin(), entries.end(),
-                                          [](const ObjectCarousel::Entry& e) { return !e.problem.empty() && e.problem[0] == 'd'; });
+        const auto deepest = std::find_if(entries.begin(), entries.end(), [](const ObjectCarousel::Entry& e) {
+            return !e.problem.empty() && e.problem[0] == 'd';
+        });
         ASSERT_NE(deepest, entries.end());
         EXPECT_EQ(deepest->problem, "deeper than 64 levels: not followed");
         EXPECT_EQ(std::count(deepest->path.begin(), deepest->path.end(), '/'), 64);
@@ -197,8 +200,8 @@ TEST(ObjectCarouselTest, BrokenCarouselsAreToldNotTrusted)
         Fed fed(4000);
         CarouselIds small = ids;
         small.blockSize = 512;
-        fed.feed(writeObjectCarousel({{"a.txt", text(1500, 1)}, {"b.txt", text(1500, 2)}, {"c.txt", text(3000, 3)}}, small,
-                                     {"c.txt"}));
+        fed.feed(writeObjectCarousel({{"a.txt", text(1500, 1)}, {"b.txt", text(1500, 2)}, {"c.txt", text(3000, 3)}},
+                                     small, {"c.txt"}));
         EXPECT_EQ(fed.entry("/a.txt")->problem, "");
         EXPECT_EQ(fed.entry("/b.txt")->problem, "");
         EXPECT_EQ(fed.entry("/c.txt")->problem, "over the carousel's memory budget of 4000 bytes: not kept");
@@ -258,4 +261,4 @@ TEST(CarouselFeedTest, FileAskedBeforeItsModuleIsAnsweredWhenItCompletes)
     EXPECT_EQ(feed.get("gone.html", id, content), ObjectCarousel::Lookup::MISSING);
 }
 
-} // namespace
+}  // namespace

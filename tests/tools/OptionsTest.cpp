@@ -98,7 +98,8 @@ TEST(OptionsTest, Accepted)
         {SIM, {"--profiles", "0x0003"}, "profiles=3"},
         {SIM, {"--hbbtv-version", "1.2.1"}, "hbbtv121"},
         {SIM, {"--hbbtv-version", "1.1.1"}, ""},
-        {SIM, {"--no-broadband", "--time-shift", "--json", "--carousel-list", "--dump-ait"},
+        {SIM,
+         {"--no-broadband", "--time-shift", "--json", "--carousel-list", "--dump-ait"},
          "noBroadband timeShift carouselList json dumpAit"},
         {SIM, {"-v"}, "verbosity=1"},
         {SIM, {"-v", "-vv"}, "verbosity=2"},
@@ -118,7 +119,9 @@ TEST(OptionsTest, Accepted)
         {SIM, {"--script", "s.txt"}, "script=s.txt"},
         {SIM, {"--section-interval", "1", "--idle-ticks", "100000"}, "sectionInterval=1 idleTicks=100000"},
         {BROWSER, {"--start-url", "http://a.test/", "--exit-after", "150"}, "startUrl=http://a.test/ exitAfter=150"},
-        {BROWSER, {"--screenshot", "a.png@100", "--screenshot", "b@c.png@0"}, "screenshot=a.png|100 screenshot=b@c.png|0"},
+        {BROWSER,
+         {"--screenshot", "a.png@100", "--screenshot", "b@c.png@0"},
+         "screenshot=a.png|100 screenshot=b@c.png|0"},
         {BROWSER, {"--eval", "document.title@7"}, "eval=document.title|7"},
         {BROWSER, {"--tick-ms", "1"}, "tickMs=1"},
         {BROWSER, {"--tick-ms", "10000"}, "tickMs=10000"},
@@ -206,8 +209,13 @@ TEST(OptionsTest, Refused)
 TEST(OptionsTest, BrowserOptionsRefusedBySimulator)
 {
     const std::vector<std::vector<std::string>> browserOnly = {
-        {"--start-url", "http://a.test/"}, {"--screenshot", "a.png@1"}, {"--eval", "1@1"},   {"--exit-after", "5"},
-        {"--tick-ms", "20"},               {"--page-memory", "400"},    {"--load-timeout", "10"},
+        {"--start-url", "http://a.test/"},
+        {"--screenshot", "a.png@1"},
+        {"--eval", "1@1"},
+        {"--exit-after", "5"},
+        {"--tick-ms", "20"},
+        {"--page-memory", "400"},
+        {"--load-timeout", "10"},
     };
     for (const auto& args : browserOnly) {
         const Parsed parsed = parse(SIM, args);
@@ -231,4 +239,4 @@ TEST(OptionsTest, Help)
     }
 }
 
-} // namespace
+}  // namespace

@@ -86,7 +86,8 @@ TEST(PageObjectTest, EveryReplyHasOneEnvelope)
     EXPECT_EQ(Reply(reply::number(17)).json(), "{\"value\":17.0}");
     EXPECT_EQ(Reply(reply::text("a\"b")).json(), "{\"value\":\"a\\\"b\"}");
     EXPECT_EQ(Reply(reply::objectWith("channel", reply::null())).json(), "{\"value\":{\"channel\":null}}");
-    EXPECT_EQ(Reply::error("SecurityError", "no").json(), "{\"error\":{\"name\":\"SecurityError\",\"message\":\"no\"}}");
+    EXPECT_EQ(Reply::error("SecurityError", "no").json(),
+              "{\"error\":{\"name\":\"SecurityError\",\"message\":\"no\"}}");
     EXPECT_EQ(Reply::error("InvalidStateError", "gone", 3).json(),
               "{\"error\":{\"name\":\"InvalidStateError\",\"message\":\"gone\",\"code\":3}}");
 
@@ -98,4 +99,4 @@ TEST(PageObjectTest, EveryReplyHasOneEnvelope)
     EXPECT_EQ(Reply::error("TypeError", "x").valueJson(), "null");
 }
 
-} // namespace
+}  // namespace

@@ -38,7 +38,7 @@ TEST(PageTypesTest, KindsOfType)
     const struct {
         const char* contentType;
         bool handOver;  // WebKit does not show it by itself
-        bool xhtml;     // the bytes decide between XHTML and HTML
+        bool xhtml;  // the bytes decide between XHTML and HTML
     } cases[] = {
         {HBBTV, true, true},
         {"Application/VND.HbbTV.XHTML+XML; charset=utf-8", true, true},
@@ -60,7 +60,8 @@ TEST(PageTypesTest, KindsOfType)
 
 TEST(PageTypesTest, TypeForTheEngine)
 {
-    const std::string wellFormed = std::string(XHTML_DOCTYPE) + "<html xmlns=\"http://www.w3.org/1999/xhtml\"><body/></html>";
+    const std::string wellFormed =
+        std::string(XHTML_DOCTYPE) + "<html xmlns=\"http://www.w3.org/1999/xhtml\"><body/></html>";
     const std::string unclosed = "<html><body><p>Hello</body></html>";
     const struct {
         std::string contentType;
@@ -113,4 +114,4 @@ TEST(PageTypesTest, WellFormedXml)
         EXPECT_EQ(PageTypes::isWellFormedXml(c.bytes), c.wellFormed) << c.what;
 }
 
-} // namespace
+}  // namespace

@@ -22,8 +22,12 @@ struct GlobCase {
 
 const GlobCase GLOB_CASES[] = {
     // Wildcards.
-    {"ws://evil.test/*", {"ws://evil.test/", "ws://evil.test/a/b?c=d#e"}, {"ws://evil.test", "wss://evil.test/x", "ws://evilxtest/"}},
-    {"*://*.tracker.test/*", {"ws://a.tracker.test/x", "wss://a.b.tracker.test/"}, {"ws://tracker.test/x", "ws://a.tracker.test"}},
+    {"ws://evil.test/*",
+     {"ws://evil.test/", "ws://evil.test/a/b?c=d#e"},
+     {"ws://evil.test", "wss://evil.test/x", "ws://evilxtest/"}},
+    {"*://*.tracker.test/*",
+     {"ws://a.tracker.test/x", "wss://a.b.tracker.test/"},
+     {"ws://tracker.test/x", "ws://a.tracker.test"}},
     {"ws://h.test/?", {"ws://h.test/a", "ws://h.test/?", "ws://h.test//"}, {"ws://h.test/", "ws://h.test/ab"}},
     {"ws://H.test/*", {"ws://H.test/x"}, {"ws://h.test/x"}},
     // Sets.
@@ -85,19 +89,19 @@ INSTANTIATE_TEST_SUITE_P(Globs, GlobRule, ::testing::ValuesIn(GLOB_CASES));
 TEST(GlobRuleTest, NoExactRule)
 {
     const char* const globs[] = {
-        "ws://h.test/\xc3\xa9*",      // non-ASCII
-        "ws://h.test/[\xc3\xa9]",     // non-ASCII in a set
-        "ws://h.test/\\\xe9",         // non-ASCII escaped
-        "ws://h.test/[[:digit:]]",    // a class
+        "ws://h.test/\xc3\xa9*",  // non-ASCII
+        "ws://h.test/[\xc3\xa9]",  // non-ASCII in a set
+        "ws://h.test/\\\xe9",  // non-ASCII escaped
+        "ws://h.test/[[:digit:]]",  // a class
         "ws://h.test/[![:alpha:]x]",  // a class in a negated set
-        "ws://h.test/[[.a.]]",        // a collating symbol
-        "ws://h.test/[[=a=]]",        // an equivalence class
-        "ws://h.test/[a\\]]",         // an escape in a set
-        "ws://h.test/[z-a]",          // a backward range
-        "ws://h.test/x\\",            // a trailing backslash
+        "ws://h.test/[[.a.]]",  // a collating symbol
+        "ws://h.test/[[=a=]]",  // an equivalence class
+        "ws://h.test/[a\\]]",  // an escape in a set
+        "ws://h.test/[z-a]",  // a backward range
+        "ws://h.test/x\\",  // a trailing backslash
     };
     for (const char* glob : globs)
         EXPECT_EQ(RequestFilter::globToRule(glob), "") << glob;
 }
 
-} // namespace
+}  // namespace

@@ -75,7 +75,7 @@ bool readBindings(ByteReader body, BiopObject& object)
 bool readStreamEvent(ByteReader info, ByteReader body, StreamEventInfo& events)
 {
     info.skip(info.u8());  // description
-    info.skip(8 + 3);      // duration, audio, video, data
+    info.skip(8 + 3);  // duration, audio, video, data
     for (uint16_t count = info.u16(); count > 0 && info.good(); --count)
         events.names.push_back(withoutZeros(info.text(info.u8())));
     for (uint8_t taps = body.u8(); taps > 0 && body.good(); --taps) {
@@ -91,7 +91,7 @@ bool readStreamEvent(ByteReader info, ByteReader body, StreamEventInfo& events)
     return info.good() && body.good() && events.ids.size() == events.names.size();
 }
 
-} // namespace
+}  // namespace
 
 bool readObjectRef(ByteReader& in, ObjectRef& ref)
 {
@@ -155,4 +155,4 @@ bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects
     return true;
 }
 
-} // namespace carousel
+}  // namespace carousel

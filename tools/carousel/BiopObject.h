@@ -46,8 +46,8 @@ struct BiopObject {
     std::string kind;
     std::string objectKey;
     std::vector<Binding> bindings;  // service gateway, directory
-    std::string content;            // file
-    StreamEventInfo events;         // stream event
+    std::string content;  // file
+    StreamEventInfo events;  // stream event
 };
 
 // Reads an IOR; false when it holds no BIOP profile with an object location.
@@ -57,6 +57,6 @@ bool readObjectRef(ByteReader& in, ObjectRef& ref);
 // first message that does not hold; the objects before it are kept.
 bool parseBiopModule(const std::string& module, std::vector<BiopObject>& objects, std::string& error);
 
-} // namespace carousel
+}  // namespace carousel
 
 #endif

@@ -20,7 +20,8 @@ bool extractFile(const std::string& directory, const std::string& path, const st
     for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         const std::string part = directory + path.substr(0, slash);
         struct stat info;
-        if (mkdir(part.c_str(), 0755) != 0 && (errno != EEXIST || lstat(part.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)))
+        if (mkdir(part.c_str(), 0755) != 0 &&
+            (errno != EEXIST || lstat(part.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)))
             return false;
     }
     const std::string file = directory + path;
@@ -32,4 +33,4 @@ bool extractFile(const std::string& directory, const std::string& path, const st
     return close(fd) == 0 && written;
 }
 
-} // namespace carousel
+}  // namespace carousel

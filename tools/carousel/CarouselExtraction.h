@@ -11,6 +11,6 @@ namespace carousel {
 // names are the listing's, which refuses names no file may have.
 bool extractFile(const std::string& directory, const std::string& path, const std::string& content);
 
-} // namespace carousel
+}  // namespace carousel
 
 #endif

@@ -17,13 +17,31 @@ const uint16_t BIOP_OBJECT_USE = 0x0017;
 const uint32_t DII_TRANSACTION = 0x80000002;
 const uint32_t DSI_TRANSACTION = 0x80000000;
 
-void put8(Bytes& out, uint32_t v) { out.push_back(uint8_t(v)); }
-void put16(Bytes& out, uint32_t v) { out.insert(out.end(), {uint8_t(v >> 8), uint8_t(v)}); }
-void put32(Bytes& out, uint32_t v) { out.insert(out.end(), {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)}); }
-void putText(Bytes& out, const std::string& text) { out.insert(out.end(), text.begin(), text.end()); }
-void append(Bytes& out, const Bytes& more) { out.insert(out.end(), more.begin(), more.end()); }
+void put8(Bytes& out, uint32_t v)
+{
+    out.push_back(uint8_t(v));
+}
+void put16(Bytes& out, uint32_t v)
+{
+    out.insert(out.end(), {uint8_t(v >> 8), uint8_t(v)});
+}
+void put32(Bytes& out, uint32_t v)
+{
+    out.insert(out.end(), {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)});
+}
+void putText(Bytes& out, const std::string& text)
+{
+    out.insert(out.end(), text.begin(), text.end());
+}
+void append(Bytes& out, const Bytes& more)
+{
+    out.insert(out.end(), more.begin(), more.end());
+}
 
-std::string zeroEnded(const std::string& text) { return text + '\0'; }
+std::string zeroEnded(const std::string& text)
+{
+    return text + '\0';
+}
 
 Bytes ior(const CarouselIds& ids, const Reference& ref)
 {
@@ -127,7 +145,7 @@ Bytes carried(const ModuleSpec& module)
     return packed;
 }
 
-} // namespace
+}  // namespace
 
 Bytes biopFile(const std::string& objectKey, const std::string& content)
 {
@@ -159,9 +177,9 @@ Bytes biopDirectory(const CarouselIds& ids, const std::string& kind, const std::
 
 Bytes biopStreamEvent(const std::string& objectKey, const CarouselStreamEvent& streamEvent)
 {
-    Bytes info{0};                                   // no description
+    Bytes info{0};  // no description
     info.insert(info.end(), {0, 0, 0, 0, 0, 0, 0, 0});  // no duration
-    info.insert(info.end(), {0, 0, 1});              // no audio, no video, data
+    info.insert(info.end(), {0, 0, 1});  // no audio, no video, data
     put16(info, uint32_t(streamEvent.events.size()));
     for (const auto& event : streamEvent.events) {
         put8(info, uint32_t(event.first.size() + 1));
@@ -198,7 +216,7 @@ Bytes serverInitiateSection(const CarouselIds& ids, const Reference& gateway)
     Bytes gatewayInfo = ior(ids, gateway);
     gatewayInfo.insert(gatewayInfo.end(), {0, 0, 0, 0});  // no taps, no contexts, no user info
     Bytes payload(20, 0xFF);  // server id
-    put16(payload, 0);        // compatibility descriptor
+    put16(payload, 0);  // compatibility descriptor
     put16(payload, uint32_t(gatewayInfo.size()));
     append(payload, gatewayInfo);
     return dsmccSection(TABLE_MESSAGES, 0x0000, 0, 0, 0, SERVER_INITIATE_ID, DSI_TRANSACTION, payload);
@@ -215,8 +233,8 @@ Bytes infoIndicationSection(const CarouselIds& ids, const std::vector<ModuleSpec
     for (const ModuleSpec& module : modules) {
         Bytes info;
         put32(info, 5000000);  // module time-out, 5 s
-        put32(info, 500000);   // block time-out, 0.5 s
-        put32(info, 0);        // minimum block time
+        put32(info, 500000);  // block time-out, 0.5 s
+        put32(info, 0);  // minimum block time
         put8(info, 1);
         put16(info, 0);
         put16(info, BIOP_OBJECT_USE);
@@ -291,14 +309,15 @@ std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, c
     for (const CarouselFile& file : files) {
         const Reference ref{"fil", nextModule++, key()};
         const size_t slash = file.path.rfind('/');
-        directoryOf(file.path).push_back({file.path.substr(slash == std::string::npos ? 0 : slash + 1), ref,
-                                          uint32_t(file.content.size())});
+        directoryOf(file.path).push_back(
+            {file.path.substr(slash == std::string::npos ? 0 : slash + 1), ref, uint32_t(file.content.size())});
         modules.push_back({ref.moduleId, 1, biopFile(ref.objectKey, file.content), compressed.count(file.path) > 0});
     }
     for (const CarouselStreamEvent& streamEvent : streamEvents) {
         const Reference ref{"ste", 1, key()};
         const size_t slash = streamEvent.path.rfind('/');
-        directoryOf(streamEvent.path).push_back({streamEvent.path.substr(slash == std::string::npos ? 0 : slash + 1), ref});
+        directoryOf(streamEvent.path)
+            .push_back({streamEvent.path.substr(slash == std::string::npos ? 0 : slash + 1), ref});
         append(modules[0].data, biopStreamEvent(ref.objectKey, streamEvent));
     }
     for (const auto& directory : directories) {
@@ -313,4 +332,4 @@ std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, c
     return sections;
 }
 
-} // namespace carousel
+}  // namespace carousel

@@ -78,6 +78,6 @@ std::vector<Bytes> writeObjectCarousel(const std::vector<CarouselFile>& files, c
                                        const std::set<std::string>& compressed,
                                        const std::vector<CarouselStreamEvent>& streamEvents = {});
 
-} // namespace carousel
+}  // namespace carousel
 
 #endif

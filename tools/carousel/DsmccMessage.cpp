@@ -67,7 +67,7 @@ bool readDataBlock(ByteReader in, DsmccMessage& message)
     return in.good();
 }
 
-} // namespace
+}  // namespace
 
 bool parseDsmccSection(const uint8_t* section, size_t size, DsmccMessage& message, std::string& error)
 {
@@ -106,4 +106,4 @@ bool parseDsmccSection(const uint8_t* section, size_t size, DsmccMessage& messag
     return read;
 }
 
-} // namespace carousel
+}  // namespace carousel

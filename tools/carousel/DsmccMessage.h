@@ -14,7 +14,7 @@
 namespace carousel {
 
 const uint8_t TABLE_MESSAGES = 0x3B;  // DownloadServerInitiate, DownloadInfoIndication
-const uint8_t TABLE_DATA = 0x3C;      // DownloadDataBlock
+const uint8_t TABLE_DATA = 0x3C;  // DownloadDataBlock
 const uint8_t PROTOCOL_DSMCC = 0x11;
 const uint16_t SERVER_INITIATE_ID = 0x1006;
 const uint16_t INFO_INDICATION_ID = 0x1002;
@@ -25,8 +25,8 @@ struct ModuleInfo {
     uint16_t id = 0;
     uint32_t size = 0;  // as carried, compressed or not
     uint8_t version = 0;
-    bool compressed = false;     // a compressed_module_descriptor (0x09) in its user info
-    uint32_t originalSize = 0;   // from that descriptor
+    bool compressed = false;  // a compressed_module_descriptor (0x09) in its user info
+    uint32_t originalSize = 0;  // from that descriptor
 };
 
 struct DsmccMessage {
@@ -52,6 +52,6 @@ struct DsmccMessage {
 // three messages, or whose lengths or CRC do not hold.
 bool parseDsmccSection(const uint8_t* section, size_t size, DsmccMessage& message, std::string& error);
 
-} // namespace carousel
+}  // namespace carousel
 
 #endif

@@ -60,7 +60,7 @@ bool inflate(const std::string& packed, uint32_t originalSize, std::string& out)
     return result == Z_OK && length == originalSize;
 }
 
-} // namespace
+}  // namespace
 
 std::string ObjectCarousel::addSection(const uint8_t* section, size_t size)
 {
@@ -99,7 +99,8 @@ std::string ObjectCarousel::addInfo(const DsmccMessage& message)
         Module& module = modules[info.id] = Module();
         module.info = info;
         module.blockSize = message.blockSize;
-        module.blockCount = message.blockSize == 0 ? 0 : (size_t(info.size) + message.blockSize - 1) / message.blockSize;
+        module.blockCount =
+            message.blockSize == 0 ? 0 : (size_t(info.size) + message.blockSize - 1) / message.blockSize;
         if (info.size > LARGEST_MODULE || (info.compressed && info.originalSize > LARGEST_MODULE) ||
             (info.size > 0 && message.blockSize == 0) || module.blockCount > MOST_BLOCKS) {
             module.problem = "its announced size cannot be believed";
@@ -152,7 +153,8 @@ std::string ObjectCarousel::completeModule(Module& module)
     // Checked before any memory is taken: what the module will hold once inflated.
     const size_t size = module.info.compressed ? module.info.originalSize : data.size();
     if (size > budget - held) {
-        const std::string limit = budget >= (1u << 20) ? std::to_string(budget >> 20) + " MiB" : std::to_string(budget) + " bytes";
+        const std::string limit =
+            budget >= (1u << 20) ? std::to_string(budget >> 20) + " MiB" : std::to_string(budget) + " bytes";
         module.problem = "over the carousel's memory budget of " + limit + ": not kept";
         return "carousel: " + moduleName(module.info.id, module.info.version) + ": " + module.problem;
     }
@@ -304,7 +306,8 @@ ObjectCarousel::Lookup ObjectCarousel::streamEvent(const std::string& path, Stre
     return lookup;
 }
 
-ObjectCarousel::Lookup ObjectCarousel::find(const std::string& path, const std::string& kind, const BiopObject*& found) const
+ObjectCarousel::Lookup ObjectCarousel::find(const std::string& path, const std::string& kind,
+                                            const BiopObject*& found) const
 {
     if (!gateway)
         return Lookup::PENDING;
@@ -336,4 +339,4 @@ ObjectCarousel::Lookup ObjectCarousel::find(const std::string& path, const std::
     return Lookup::MISSING;  // deeper than any real tree: a loop
 }
 
-} // namespace carousel
+}  // namespace carousel

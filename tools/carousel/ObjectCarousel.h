@@ -31,7 +31,7 @@ public:
     struct Entry {
         std::string path;  // "/" for the service gateway
         std::string kind;  // service gateway, directory, file, stream, stream event
-        size_t size = 0;   // of a file's content
+        size_t size = 0;  // of a file's content
         uint16_t module = 0;
         uint8_t version = 0;
         std::string problem;  // why the object cannot be read, if it cannot
@@ -92,6 +92,6 @@ private:
     std::optional<ObjectRef> gateway;
 };
 
-} // namespace carousel
+}  // namespace carousel
 
 #endif

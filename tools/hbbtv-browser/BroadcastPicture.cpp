@@ -21,7 +21,7 @@ tesmo_test::Bytes sectionPacket(uint16_t pid, const tesmo_test::Bytes& section, 
     return packet;
 }
 
-} // namespace
+}  // namespace
 
 BroadcastPicture::BroadcastPicture(const TransportStream& stream, const std::vector<Service>& all) : capture(stream)
 {
@@ -82,7 +82,8 @@ GBytes* BroadcastPicture::streamOf(const Service& service)
         return stream;
     std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
     pids.insert(service.pmtPid);
-    const tesmo_test::Bytes pat = tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
+    const tesmo_test::Bytes pat =
+        tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
     size_t written = 0;
     uint8_t continuity = 0;
     bool ok = true;

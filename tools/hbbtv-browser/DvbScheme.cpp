@@ -18,7 +18,7 @@ struct DvbScheme::Stream {
     std::string url;
     std::string mime;
     bool responded = false;
-    bool ended = false;    // the library finished or failed it
+    bool ended = false;  // the library finished or failed it
     bool stopped = false;  // the core told the library it dropped it
     int pipeIn = -1;
     std::string pending;
@@ -29,7 +29,8 @@ DvbScheme::DvbScheme(WebKitWebContext* context, WindowOf windowOfView, Say sayLi
     : windowOf(std::move(windowOfView)), say(std::move(sayLine))
 {
     webkit_web_context_register_uri_scheme(context, "dvb", request, this, nullptr);
-    webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context), "dvb");
+    webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context),
+                                                                "dvb");
 }
 
 DvbScheme::~DvbScheme()
@@ -62,7 +63,8 @@ void DvbScheme::request(WebKitURISchemeRequest* request, gpointer data)
     self->streams[handle] = std::move(stream);
     DAXO_ProtocolRecord record{self->streams[handle]->url.c_str(), nullptr, handle};
     int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START, &record, &result);
+    const bool handled =
+        tesmo_hbbtv_handle_notification(nullptr, window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START, &record, &result);
     auto found = self->streams.find(handle);
     if (found == self->streams.end() || found->second->ended)
         return;
@@ -140,14 +142,15 @@ void DvbScheme::flush(Stream& stream)
             stream.pending.erase(0, size_t(written));
         } else if (written < 0 && errno == EAGAIN) {
             if (!stream.watch)
-                stream.watch = g_unix_fd_add(stream.pipeIn, G_IO_OUT,
-                                             [](int, GIOCondition, gpointer data) -> gboolean {
-                                                 auto* s = static_cast<Stream*>(data);
-                                                 s->watch = 0;
-                                                 flush(*s);
-                                                 return G_SOURCE_REMOVE;
-                                             },
-                                             &stream);
+                stream.watch = g_unix_fd_add(
+                    stream.pipeIn, G_IO_OUT,
+                    [](int, GIOCondition, gpointer data) -> gboolean {
+                        auto* s = static_cast<Stream*>(data);
+                        s->watch = 0;
+                        flush(*s);
+                        return G_SOURCE_REMOVE;
+                    },
+                    &stream);
             return;
         } else {
             stream.pending.clear();  // the page went away

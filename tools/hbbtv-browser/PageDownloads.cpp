@@ -15,7 +15,7 @@ std::string contentTypeOf(WebKitDownload* download)
     return type ? type : "";
 }
 
-} // namespace
+}  // namespace
 
 PageDownloads::PageDownloads(WebKitWebContext* webContext, Handlers downloadHandlers)
     : context(webContext), handlers(std::move(downloadHandlers))
@@ -39,8 +39,8 @@ bool PageDownloads::take(WebKitResponsePolicyDecision* decision)
 {
     const char* type = webkit_uri_response_get_mime_type(webkit_response_policy_decision_get_response(decision));
     const std::string contentType = type ? type : "";
-    const bool pageOfATv = PageTypes::needsHandOver(contentType) &&
-                           webkit_response_policy_decision_is_main_frame_main_resource(decision);
+    const bool pageOfATv =
+        PageTypes::needsHandOver(contentType) && webkit_response_policy_decision_is_main_frame_main_resource(decision);
     if (!isXmlAit(contentType) && !pageOfATv)
         return false;
     webkit_policy_decision_download(WEBKIT_POLICY_DECISION(decision));
@@ -91,7 +91,8 @@ void PageDownloads::finished(WebKitDownload* download, gpointer data)
                 GBytes* body = g_bytes_new_take(contents, length);
                 WebKitURIResponse* response = webkit_download_get_response(download);
                 self->handlers.page(webView, body, PageTypes::forEngine(contentType, bytes),
-                                    webkit_uri_response_get_uri(response), webkit_uri_response_get_status_code(response));
+                                    webkit_uri_response_get_uri(response),
+                                    webkit_uri_response_get_status_code(response));
                 g_bytes_unref(body);
             }
         }

@@ -16,7 +16,9 @@ public:
     struct Handlers {
         std::function<void(WebKitWebView*, const std::string& file)> xmlAit;
         // The page's bytes, the type WebKit is to show them as, its URL and HTTP status.
-        std::function<void(WebKitWebView*, GBytes* bytes, const std::string& type, const std::string& uri, unsigned status)> page;
+        std::function<void(WebKitWebView*, GBytes* bytes, const std::string& type, const std::string& uri,
+                           unsigned status)>
+            page;
         std::function<void(WebKitWebView*, const std::string& uri, const std::string& error)> failed;
         std::function<void(WebKitWebView*)> progress;  // bytes arrived
     };

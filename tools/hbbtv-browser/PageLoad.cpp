@@ -4,7 +4,7 @@ namespace {
 
 const char* const BLANK = "about:blank";
 
-} // namespace
+}  // namespace
 
 void PageLoad::requested(const std::string& url, Clock::time_point now)
 {
@@ -108,5 +108,6 @@ std::optional<LoadOutcome> PageLoad::check(Clock::time_point now, unsigned compl
         return report(LoadOutcome::LOADED, completeStatus, "");
     const auto ms = limit().count();
     return report(LoadOutcome::CONNECTION_FAILED, 0,
-                  "nothing received for " + (ms % 1000 ? std::to_string(ms) + " ms" : std::to_string(ms / 1000) + " s"));
+                  "nothing received for " +
+                      (ms % 1000 ? std::to_string(ms) + " ms" : std::to_string(ms / 1000) + " s"));
 }

@@ -59,7 +59,10 @@ public:
     bool isActive() const { return active; }
     // The page of the navigation under way, or of the last one.
     const std::string& url() const { return current; }
-    std::chrono::milliseconds limit() const { return std::chrono::duration_cast<std::chrono::milliseconds>(quietLimit); }
+    std::chrono::milliseconds limit() const
+    {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(quietLimit);
+    }
 
 private:
     std::optional<LoadOutcome> report(LoadOutcome::End end, unsigned status, const std::string& reason);

@@ -31,7 +31,8 @@ Reply PageObjects::answer(const PageContext& page, const PageObject::Method* met
     if (!method)
         return Reply::error("NotSupportedError", name + " is not a method of this TV");
     JsonParser* parser = json_parser_new();
-    JsonNode* root = json_parser_load_from_data(parser, argumentsJson.c_str(), -1, nullptr) ? json_parser_get_root(parser) : nullptr;
+    JsonNode* root =
+        json_parser_load_from_data(parser, argumentsJson.c_str(), -1, nullptr) ? json_parser_get_root(parser) : nullptr;
     const Arguments args(root && JSON_NODE_HOLDS_ARRAY(root) ? json_node_get_array(root) : nullptr);
     const std::string wrong = args.mismatch(method->signature);
     Reply reply = wrong.empty() ? method->run(page, args) : Reply::error("TypeError", name + ": " + wrong);

@@ -37,8 +37,8 @@ bool PageTypes::isWellFormedXml(const std::string& bytes)
     xmlParserCtxtPtr parser = xmlNewParserCtxt();
     if (!parser)
         return false;
-    xmlDocPtr document = xmlCtxtReadMemory(parser, bytes.data(), int(std::min<size_t>(bytes.size(), 0x7FFFFFFF)), nullptr,
-                                           nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    xmlDocPtr document = xmlCtxtReadMemory(parser, bytes.data(), int(std::min<size_t>(bytes.size(), 0x7FFFFFFF)),
+                                           nullptr, nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
     const bool wellFormed = document && parser->wellFormed;
     xmlFreeDoc(document);
     xmlFreeParserCtxt(parser);

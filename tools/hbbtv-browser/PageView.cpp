@@ -23,13 +23,13 @@ void withoutFeatures(WebKitSettings* settings, std::initializer_list<const char*
 
 const char* const COMPLETE = "tesmo-complete";  // a resource that has come whole
 
-} // namespace
+}  // namespace
 
 PageView::PageView(WebKitWebContext* context, WebKitUserContentManager* content, DAXO_TesmoWindow* window,
                    PageLoad::Clock::duration quietLimit, bool webSockets)
-    : browserWindow(window),
-      view(WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
-                                                          content, "website-policies", tvPolicies(), nullptr)))),
+    : browserWindow(window), view(WEBKIT_WEB_VIEW(g_object_ref_sink(
+                                 g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
+                                              content, "website-policies", tvPolicies(), nullptr)))),
       pageLoad(quietLimit), warmingUp(window == nullptr)
 {
     g_signal_connect(view, "resource-load-started", G_CALLBACK(resourceStarted), this);
@@ -63,7 +63,8 @@ void PageView::warmUpChanged(WebKitWebView* webView, WebKitLoadEvent event, gpoi
 
 WebKitWebsitePolicies* PageView::tvPolicies()
 {
-    static WebKitWebsitePolicies* const policies = webkit_website_policies_new_with_policies("autoplay", WEBKIT_AUTOPLAY_ALLOW, nullptr);
+    static WebKitWebsitePolicies* const policies =
+        webkit_website_policies_new_with_policies("autoplay", WEBKIT_AUTOPLAY_ALLOW, nullptr);
     return policies;
 }
 
@@ -85,7 +86,8 @@ void PageView::setUserAgentExtension(const std::string& extension)
     WebKitSettings* settings = webkit_web_view_get_settings(view);
     webkit_settings_set_user_agent(settings, nullptr);
     if (!extension.empty())
-        webkit_settings_set_user_agent(settings, (std::string(webkit_settings_get_user_agent(settings)) + " " + extension).c_str());
+        webkit_settings_set_user_agent(
+            settings, (std::string(webkit_settings_get_user_agent(settings)) + " " + extension).c_str());
 }
 
 void PageView::load(const std::string& url)
@@ -151,7 +153,8 @@ void PageView::sendKey(bool press, unsigned keyval)
     GdkKeymapKey* entries = nullptr;
     gint count = 0;
     if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_window_get_display(window)), keyval, &entries,
-                                          &count) && count > 0)
+                                          &count) &&
+        count > 0)
         event->key.hardware_keycode = guint16(entries[0].keycode);
     g_free(entries);
     GdkSeat* seat = gdk_display_get_default_seat(gdk_window_get_display(window));

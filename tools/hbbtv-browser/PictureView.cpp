@@ -10,11 +10,12 @@ const char* const PLAYER = "<!DOCTYPE html><html><body style=\"margin:0;backgrou
                            "<video id=\"picture\" loop style=\"width:1280px;height:720px;object-fit:fill\"></video>"
                            "</body></html>";
 
-} // namespace
+}  // namespace
 
 PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* content)
-    : view(WEBKIT_WEB_VIEW(g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager",
-                                                          content, "website-policies", PageView::tvPolicies(), nullptr))))
+    : view(WEBKIT_WEB_VIEW(
+          g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content,
+                                         "website-policies", PageView::tvPolicies(), nullptr))))
 {
     g_signal_connect(view, "load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                          if (event != WEBKIT_LOAD_FINISHED)

@@ -28,7 +28,7 @@ private:
     std::string source;
     bool shown = false;
     bool loading = false;  // the page that holds the player was asked for
-    bool ready = false;    // and has loaded
+    bool ready = false;  // and has loaded
 };
 
 #endif

@@ -63,9 +63,10 @@ std::vector<std::string> expressionsOf(const std::vector<std::string>& patterns)
     return expressions;
 }
 
-} // namespace
+}  // namespace
 
-RequestFilter::RequestFilter(const std::vector<std::string>& refusedPatterns) : manager(webkit_user_content_manager_new())
+RequestFilter::RequestFilter(const std::vector<std::string>& refusedPatterns)
+    : manager(webkit_user_content_manager_new())
 {
     if (refusedPatterns.empty())
         return;
@@ -94,7 +95,8 @@ bool RequestFilter::compile(const std::string& json)
         [](GObject* from, GAsyncResult* result, gpointer data) {
             auto* state = static_cast<Compiling*>(data);
             GError* error = nullptr;
-            state->filter = webkit_user_content_filter_store_save_finish(WEBKIT_USER_CONTENT_FILTER_STORE(from), result, &error);
+            state->filter =
+                webkit_user_content_filter_store_save_finish(WEBKIT_USER_CONTENT_FILTER_STORE(from), result, &error);
             if (error)
                 g_warning("the platform's refusals do not compile: %s", error->message);
             g_clear_error(&error);
@@ -140,7 +142,7 @@ bool hasBackwardRange(const std::string& members)
     return false;
 }
 
-} // namespace
+}  // namespace
 
 std::string RequestFilter::globToRule(const std::string& glob)
 {

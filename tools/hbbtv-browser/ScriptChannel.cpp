@@ -50,7 +50,7 @@ std::string randomKey()
     return key;
 }
 
-} // namespace
+}  // namespace
 
 ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandler))
 {
@@ -114,8 +114,8 @@ gboolean ScriptChannel::newConnection(GDBusServer*, GDBusConnection* connection,
     auto* self = static_cast<ScriptChannel*>(data);
     static const GDBusInterfaceVTable vtable = {methodCall, nullptr, nullptr, {}};
     GError* error = nullptr;
-    const guint registration =
-        g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0], &vtable, self, nullptr, &error);
+    const guint registration = g_dbus_connection_register_object(connection, OBJECT_PATH, self->node->interfaces[0],
+                                                                 &vtable, self, nullptr, &error);
     if (!registration) {
         g_warning("a page's channel could not be set up: %s", error->message);
         g_clear_error(&error);

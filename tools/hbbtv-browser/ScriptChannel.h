@@ -21,7 +21,8 @@
 // only this user's processes may connect.
 class ScriptChannel {
 public:
-    using Handler = std::function<std::string(guint64 pageId, const std::string& name, const std::string& argumentsJson)>;
+    using Handler =
+        std::function<std::string(guint64 pageId, const std::string& name, const std::string& argumentsJson)>;
 
     explicit ScriptChannel(Handler handler);
     ~ScriptChannel();
@@ -55,7 +56,8 @@ private:
                            GVariant* parameters, GDBusMethodInvocation* invocation, gpointer self);
     static void closed(GDBusConnection* connection, gboolean, GError*, gpointer self);
     static gboolean expireWaiting(gpointer self);
-    void answer(guint64 pageId, const std::string& name, const std::string& arguments, GDBusMethodInvocation* invocation);
+    void answer(guint64 pageId, const std::string& name, const std::string& arguments,
+                GDBusMethodInvocation* invocation);
     // Gives up a call that waited for a binding: it gets null. The next call.
     std::vector<Waiting>::iterator release(std::vector<Waiting>::iterator call);
     size_t waitingOn(GDBusConnection* connection) const;
@@ -71,8 +73,8 @@ private:
         guint registration;
     };
     std::map<GDBusConnection*, Connection> connections;  // one per web process, each held until it closes
-    std::map<guint64, GDBusConnection*> pages;     // page -> the connection it proved it lives on
-    std::vector<Waiting> waiting;                  // calls that came before their page's binding
+    std::map<guint64, GDBusConnection*> pages;  // page -> the connection it proved it lives on
+    std::vector<Waiting> waiting;  // calls that came before their page's binding
     guint expiry = 0;
 };
 

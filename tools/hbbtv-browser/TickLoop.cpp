@@ -10,7 +10,6 @@
 #include <string>
 #include <utility>
 
-
 namespace {
 
 // A process's share of the memory it uses, shared libraries divided among their users, so
@@ -53,7 +52,8 @@ std::string memoryReport()
     }
     const long own = proportionalKiB("self");
     return "memory (proportional set size): hbbtv-browser " + std::to_string(own) + " KiB, " + std::to_string(count) +
-           " WebKit process(es) " + std::to_string(children) + " KiB, " + std::to_string(own + children) + " KiB in all";
+           " WebKit process(es) " + std::to_string(children) + " KiB, " + std::to_string(own + children) +
+           " KiB in all";
 }
 
 // Whose tick has come, once the pages have settled (or have had their time).
@@ -62,7 +62,7 @@ bool due(const TimedText& item, uint64_t now, bool settled, uint64_t patience)
     return item.tick <= now && (settled || now > item.tick + patience);
 }
 
-} // namespace
+}  // namespace
 
 TickLoop::TickLoop(const Options& options, Timeline& timeline, TvPlatform& tv, WebKitCore& core, TvScreen& screen,
                    GMainLoop* loop)

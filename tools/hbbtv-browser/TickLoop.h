@@ -16,7 +16,8 @@
 // pages have settled after that tick. Quits the main loop after --exit-after.
 class TickLoop {
 public:
-    TickLoop(const Options& options, Timeline& timeline, TvPlatform& tv, WebKitCore& core, TvScreen& screen, GMainLoop* loop);
+    TickLoop(const Options& options, Timeline& timeline, TvPlatform& tv, WebKitCore& core, TvScreen& screen,
+             GMainLoop* loop);
 
     // The timer's callback, with the loop as data.
     static gboolean tick(gpointer self) { return static_cast<TickLoop*>(self)->step(); }

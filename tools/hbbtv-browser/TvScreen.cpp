@@ -149,8 +149,8 @@ void TvScreen::finish(Capture* job)
     if (!job->pending.empty()) {
         WebKitWebView* view = job->pending.front();
         job->pending.erase(job->pending.begin());
-        webkit_web_view_get_snapshot(view, WEBKIT_SNAPSHOT_REGION_VISIBLE, WEBKIT_SNAPSHOT_OPTIONS_TRANSPARENT_BACKGROUND,
-                                     nullptr, snapshotTaken, job);
+        webkit_web_view_get_snapshot(view, WEBKIT_SNAPSHOT_REGION_VISIBLE,
+                                     WEBKIT_SNAPSHOT_OPTIONS_TRANSPARENT_BACKGROUND, nullptr, snapshotTaken, job);
         return;
     }
     cairo_surface_t* picture = cairo_image_surface_create(CAIRO_FORMAT_RGB24, WIDTH, HEIGHT);

@@ -33,21 +33,23 @@ bool sandboxRuns()
     const char* const probe[] = {"bwrap", "--ro-bind", "/", "/", "--unshare-all", "true", nullptr};
     gint status = -1;
     return g_spawn_sync(nullptr, const_cast<char**>(probe), nullptr,
-                        GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL), nullptr,
-                        nullptr, nullptr, nullptr, &status, nullptr) &&
+                        GSpawnFlags(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
+                        nullptr, nullptr, nullptr, nullptr, &status, nullptr) &&
            g_spawn_check_wait_status(status, nullptr);
 }
 
-} // namespace
+}  // namespace
 
-WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures, const std::string& extensionDirectory,
-                       ChannelControl& tuner, const RequestPolicy& policy, const Options& options)
+WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPictures,
+                       const std::string& extensionDirectory, ChannelControl& tuner, const RequestPolicy& policy,
+                       const Options& options)
     : screen(tvScreen), pictures(broadcastPictures), filter(policy.patterns()),
       loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs))
 {
-    channel = std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
-        return pageCall(page, name, arguments);
-    });
+    channel =
+        std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
+            return pageCall(page, name, arguments);
+        });
     objects = std::make_unique<PageObjects>(ObjectParts{*this, tuner, options, policy, tvScreen, broadcastPictures});
     WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(memory, options.pageMemoryMb);
@@ -115,7 +117,8 @@ PageView* WebKitCore::viewOf(WebKitWebView* webView)
 // A view with WebKit's reports wired; they count once it is a window's.
 std::unique_ptr<PageView> WebKitCore::newView(DAXO_TesmoWindow* window)
 {
-    auto view = std::make_unique<PageView>(context, filter.contentManager(), window, loadTimeout, !filter.refusesEveryWebSocket());
+    auto view = std::make_unique<PageView>(context, filter.contentManager(), window, loadTimeout,
+                                           !filter.refusesEveryWebSocket());
     WebKitWebView* webView = view->webView();
     g_signal_connect(webView, "load-changed", G_CALLBACK(loadChanged), this);
     g_signal_connect(webView, "load-failed", G_CALLBACK(loadFailed), this);
@@ -292,8 +295,10 @@ void WebKitCore::processEnded(WebKitWebView* webView, WebKitWebProcessTerminatio
     PageView* view = self->viewOf(webView);
     if (!view || reason == WEBKIT_WEB_PROCESS_TERMINATED_BY_API)
         return;
-    self->out->say("the page in " + self->windowName(view->window()) + " has died (" +
-                   (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? "over its memory limit" : "its web process crashed") + ")");
+    self->out->say(
+        "the page in " + self->windowName(view->window()) + " has died (" +
+        (reason == WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT ? "over its memory limit" : "its web process crashed") +
+        ")");
     self->lateReports.push_back({view->window(), DAXO_TESMO_EVT_WINDOW_CLOSE, {}});
 }
 
@@ -329,8 +334,9 @@ gboolean WebKitCore::decidePolicy(WebKitWebView* webView, WebKitPolicyDecision* 
     auto* response = WEBKIT_RESPONSE_POLICY_DECISION(decision);
     PageView* view = static_cast<WebKitCore*>(self)->viewOf(webView);
     if (view && webkit_response_policy_decision_is_main_frame_main_resource(response))
-        view->loads().responded(webkit_uri_response_get_status_code(webkit_response_policy_decision_get_response(response)),
-                                saysEmpty(webkit_response_policy_decision_get_response(response)));
+        view->loads().responded(
+            webkit_uri_response_get_status_code(webkit_response_policy_decision_get_response(response)),
+            saysEmpty(webkit_response_policy_decision_get_response(response)));
     if (PageDownloads::take(response)) {
         if (view)
             view->loads().handedOver(PageLoad::Clock::now());  // the download says what became of it
@@ -358,7 +364,8 @@ void WebKitCore::xmlAitReceived(WebKitWebView* webView, const std::string& file)
         tesmo_hbbtv_handle_notification(nullptr, view->window(), DAXO_TESMO_EVT_XML_AIT_PARSE_FAILED, nullptr, &result);
         return;
     }
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, view->window(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
+    const bool handled =
+        tesmo_hbbtv_handle_notification(nullptr, view->window(), DAXO_TESMO_EVT_AIT, ait->record(), &result);
     out->say("XML AIT received in " + windowName(view->window()) + ": " +
              (handled ? "result " + std::to_string(result) : std::string("not for the library")));
     xmlAits.push_back(std::move(ait));
@@ -402,11 +409,13 @@ std::string WebKitCore::pageCall(guint64 pageId, const std::string& name, const 
 {
     // The TV's own picture asks only for the broadcast's stream.
     if (pageId == picture->pageId())
-        return name == "Requests.vet" ? Reply(reply::boolean(true)).json() : PageObjects::unanswered("the TV's own view");
+        return name == "Requests.vet" ? Reply(reply::boolean(true)).json()
+                                      : PageObjects::unanswered("the TV's own view");
     for (auto& entry : views) {
         PageView& view = *entry.second;
         if (view.pageId() == pageId)
-            return objects->call({view.window(), handleOf(view.window()), view.uri(), &view.applications}, name, arguments);
+            return objects->call({view.window(), handleOf(view.window()), view.uri(), &view.applications}, name,
+                                 arguments);
     }
     return PageObjects::unanswered("the page has no browser window");
 }

@@ -38,8 +38,8 @@ public:
     // its memory limit, and a load that receives nothing for the load timeout has failed. The
     // engine's filter keeps the platform's policy; the broadcast's audio and video come from
     // pictures; the page objects tune through the tuner.
-    WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory, ChannelControl& tuner,
-               const RequestPolicy& policy, const Options& options);
+    WebKitCore(TvScreen& screen, const BroadcastPicture& pictures, const std::string& extensionDirectory,
+               ChannelControl& tuner, const RequestPolicy& policy, const Options& options);
     ~WebKitCore() override;
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
@@ -69,7 +69,7 @@ public:
 private:
     struct LateReport {
         DAXO_TesmoWindow* window;
-        int id;            // a notification, or LOADING_FINISHED for a load's outcome
+        int id;  // a notification, or LOADING_FINISHED for a load's outcome
         LoadOutcome load;
     };
 
@@ -98,7 +98,8 @@ private:
 
     // What the downloads bring
     void xmlAitReceived(WebKitWebView* webView, const std::string& file);
-    void pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri, unsigned status);
+    void pageReceived(WebKitWebView* webView, GBytes* bytes, const std::string& type, const std::string& uri,
+                      unsigned status);
 
     void settle(PageView& view, const std::string& url, const std::optional<LoadOutcome>& outcome);
     void checkLoads();

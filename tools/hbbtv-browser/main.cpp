@@ -41,7 +41,7 @@ bool hasSoundOutput()
            (runtime && g_file_test((std::string(runtime) + "/pulse/native").c_str(), G_FILE_TEST_EXISTS));
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv)
 {
@@ -65,10 +65,13 @@ int main(int argc, char** argv)
     GMainLoop* loop = g_main_loop_new(nullptr, FALSE);
     // Interrupted, it ends as it ends on its own: the pages closed, its private files removed.
     for (int signal : {SIGINT, SIGTERM})
-        g_unix_signal_add(signal, +[](gpointer mainLoop) {
-            g_main_loop_quit(static_cast<GMainLoop*>(mainLoop));
-            return gboolean(G_SOURCE_CONTINUE);
-        }, loop);
+        g_unix_signal_add(
+            signal,
+            +[](gpointer mainLoop) {
+                g_main_loop_quit(static_cast<GMainLoop*>(mainLoop));
+                return gboolean(G_SOURCE_CONTINUE);
+            },
+            loop);
     {
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
@@ -82,12 +85,13 @@ int main(int argc, char** argv)
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
             theCore->applicationEvent(event == library::APPLICATION_LOW_MEMORY ? "lowMemory" : "loadError", id);
         });
-        native_ApplicationManagerSetAppDestroyedListener([](uint32_t id) { theCore->applicationEvent("destroyed", id); });
+        native_ApplicationManagerSetAppDestroyedListener(
+            [](uint32_t id) { theCore->applicationEvent("destroyed", id); });
 
         tv.configure(options, timeline, core, policy);
-        tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections), std::move(broadcast.eventSections)},
-             broadcast.ids,
-                 std::move(broadcast.script));
+        tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections),
+                  std::move(broadcast.eventSections)},
+                 broadcast.ids, std::move(broadcast.script));
         tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
         if (broadcast.channel)
             core.channelChanged(*broadcast.channel);

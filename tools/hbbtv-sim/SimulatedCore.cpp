@@ -41,8 +41,8 @@ void SimulatedCore::loadFromCarousel(const Load& load)
     streams[stream] = StreamState::OPEN;
     DAXO_ProtocolRecord record{load.url.c_str(), nullptr, stream};
     int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START,
-                                                         &record, &result);
+    const bool handled =
+        tesmo_hbbtv_handle_notification(nullptr, load.window, DAXO_TESMO_EVT_PROTOCOL_LOADING_START, &record, &result);
     const StreamState state = streams[stream];
     if (!handled || state == StreamState::OPEN) {
         out->say("load failed: " + load.url + " (no carousel stream)");

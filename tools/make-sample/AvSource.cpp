@@ -51,7 +51,7 @@ bool findSection(const std::string& bytes, uint16_t pid, uint8_t tableId, Bytes&
     return false;
 }
 
-} // namespace
+}  // namespace
 
 bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes, std::string& error)
 {
@@ -62,7 +62,8 @@ bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes,
         return false;
     }
     if (bytes.empty() || bytes.size() % PACKET != 0 || bytes.size() > maxBytes) {
-        error = path + " is not a transport stream of 188-byte packets of at most " + std::to_string(maxBytes) + " bytes";
+        error =
+            path + " is not a transport stream of 188-byte packets of at most " + std::to_string(maxBytes) + " bytes";
         return false;
     }
     for (size_t at = 0; at < bytes.size(); at += PACKET)

@@ -13,8 +13,8 @@ namespace {
 // What a descriptor's one length byte, or a section, can hold: a text that does not fit is
 // refused rather than written as a broken stream.
 const size_t MAX_DESCRIPTOR_BODY = 255;
-const size_t MAX_NAME = MAX_DESCRIPTOR_BODY - 4;     // language code and length before it
-const size_t MAX_URL = MAX_DESCRIPTOR_BODY - 5;      // protocol, label, length and extension count
+const size_t MAX_NAME = MAX_DESCRIPTOR_BODY - 4;  // language code and length before it
+const size_t MAX_URL = MAX_DESCRIPTOR_BODY - 5;  // protocol, label, length and extension count
 const size_t MAX_BOUNDARY = MAX_DESCRIPTOR_BODY - 2;  // count and length before it
 const size_t MAX_EVENT_DATA = MAX_DESCRIPTOR_BODY - 10;
 const size_t MAX_SERVICE_NAMES = MAX_DESCRIPTOR_BODY - 3;  // service type and two lengths
@@ -176,8 +176,8 @@ bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
 {
     bool ok = true;
     const std::string& key = w[0];
-    SampleApplication* app = service.sections.empty() || service.sections.back().empty() ? nullptr
-                                                                                          : &service.sections.back().back();
+    SampleApplication* app =
+        service.sections.empty() || service.sections.back().empty() ? nullptr : &service.sections.back().back();
     if (key == "carousel_tag" && w.size() == 2) {
         service.carouselTag = uint8_t(number(w[1], 0xFF, ok));
     } else if (key == "ait" && w.size() == 3 && w[1] == "version") {
@@ -263,9 +263,10 @@ std::string serviceProblem(const SampleDescription& sample)
     return sample.services.empty() ? "no service described" : "";
 }
 
-} // namespace
+}  // namespace
 
-bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample, std::string& error)
+bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample,
+                          std::string& error)
 {
     std::istringstream in(text);
     std::string line;

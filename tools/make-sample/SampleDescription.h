@@ -70,6 +70,7 @@ struct SampleDescription {
 // that does not fit where it goes.
 bool parseDescription(const std::string& path, SampleDescription& sample, std::string& error);
 // The same from the text itself; name is what the messages call it.
-bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample, std::string& error);
+bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample,
+                          std::string& error);
 
 #endif

@@ -17,8 +17,8 @@ using namespace tesmo_test;
 namespace {
 
 const size_t MAX_PSI_SECTION = 1024;
-const size_t MAX_BLOCKS = 0xFFFF;        // a block's number is 16 bits
-const size_t MAX_FILE = 16u << 20;       // what a receiver takes in one module
+const size_t MAX_BLOCKS = 0xFFFF;  // a block's number is 16 bits
+const size_t MAX_FILE = 16u << 20;  // what a receiver takes in one module
 const size_t MAX_DSMCC_SECTION = 4096;
 const size_t MAX_AV_FILE = 64u << 20;
 
@@ -52,7 +52,8 @@ Bytes pmtOf(const SampleService& sample, const AvSource& av)
         streams.push_back({0x0B, sample.carouselPid, carousel});
     if (sample.eventPid)
         streams.push_back({0x0C, sample.eventPid, descriptor(0x52, {sample.eventTag})});
-    return av.streams.empty() ? pmtSection(sample.serviceId, streams) : pmtSection(sample.serviceId, streams, {}, av.pcrPid);
+    return av.streams.empty() ? pmtSection(sample.serviceId, streams)
+                              : pmtSection(sample.serviceId, streams, {}, av.pcrPid);
 }
 
 // The service's audio and video, on PIDs that nothing else of the sample uses.
@@ -158,7 +159,7 @@ bool fitsAPsiSection(const Bytes& section, const std::string& what, std::string&
     return false;
 }
 
-} // namespace
+}  // namespace
 
 bool writeSample(const SampleDescription& sample, SampleStream& stream, std::string& error)
 {
@@ -208,7 +209,8 @@ bool writeSample(const SampleDescription& sample, SampleStream& stream, std::str
                 sections.push_back({service.carouselPid, section});
             std::map<uint16_t, uint8_t> versions;  // each occurrence of an event is a new version
             for (const SampleEventOccurrence& event : service.occurrences)
-                sections.push_back({service.eventPid, carousel::streamEventSection(event.eventId, versions[event.eventId]++, event.text)});
+                sections.push_back({service.eventPid, carousel::streamEventSection(
+                                                          event.eventId, versions[event.eventId]++, event.text)});
         }
     }
     return true;

@@ -37,7 +37,7 @@ Bytes finishSection(Bytes section)
     return section;
 }
 
-} // namespace
+}  // namespace
 
 uint32_t crc32Mpeg(const uint8_t* data, size_t length)
 {
@@ -196,7 +196,8 @@ void setSectionLength(Bytes& bytes)
     bytes[2] = uint8_t(length);
 }
 
-Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors, uint16_t pcrPid)
+Bytes pmtSection(uint16_t programNumber, const std::vector<Stream>& streams, const Bytes& programDescriptors,
+                 uint16_t pcrPid)
 {
     Bytes out{0x02, 0xB0, 0x00};
     put16(out, programNumber);
@@ -263,4 +264,4 @@ Bytes concat(std::initializer_list<Bytes> parts)
     return out;
 }
 
-} // namespace tesmo_test
+}  // namespace tesmo_test

@@ -66,8 +66,17 @@ private:
 // ---- AIT sections ----
 class AITSection {
 public:
-    AITSection& version(uint8_t v) { versionNumber = v; return *this; }
-    AITSection& number(uint8_t section, uint8_t last) { sectionNumber = section; lastSectionNumber = last; return *this; }
+    AITSection& version(uint8_t v)
+    {
+        versionNumber = v;
+        return *this;
+    }
+    AITSection& number(uint8_t section, uint8_t last)
+    {
+        sectionNumber = section;
+        lastSectionNumber = last;
+        return *this;
+    }
     AITSection& common(const Bytes& descriptorBytes);
     AITSection& application(const App& app);
     // The whole section, exactly 3 + section_length bytes.
@@ -112,6 +121,6 @@ Bytes sdtSection(uint16_t transportStreamId, uint16_t originalNetworkId, const s
 
 Bytes concat(std::initializer_list<Bytes> parts);
 
-} // namespace tesmo_test
+}  // namespace tesmo_test
 
 #endif

@@ -68,7 +68,7 @@ void readDescriptors(ByteReader loop, DecodedApplication& app, std::vector<Decod
     }
 }
 
-} // namespace
+}  // namespace
 
 std::string DecodedTransport::describe() const
 {
@@ -78,8 +78,8 @@ std::string DecodedTransport::describe() const
         return "HTTP " + urlBase;
     case 1:
         if (remote)
-            std::snprintf(text, sizeof text, "object carousel tag 0x%02X on %X.%X.%X", componentTag,
-                          originalNetworkId, transportStreamId, serviceId);
+            std::snprintf(text, sizeof text, "object carousel tag 0x%02X on %X.%X.%X", componentTag, originalNetworkId,
+                          transportStreamId, serviceId);
         else
             std::snprintf(text, sizeof text, "object carousel tag 0x%02X", componentTag);
         return text;
@@ -91,7 +91,7 @@ std::string DecodedTransport::describe() const
 
 std::string controlCodeName(uint8_t code)
 {
-    static const char* const names[] = {"",        "AUTOSTART", "PRESENT",  "DESTROY",           "KILL",
+    static const char* const names[] = {"",         "AUTOSTART", "PRESENT",  "DESTROY",           "KILL",
                                         "PREFETCH", "REMOTE",    "DISABLED", "PLAYBACK_AUTOSTART"};
     if (code >= 1 && code <= 8)
         return names[code];

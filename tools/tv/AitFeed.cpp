@@ -64,8 +64,8 @@ void AitFeed::postSection(const TimedSection& section, uint64_t tick)
 void AitFeed::describe(const DecodedAit& ait, size_t packet)
 {
     out.say("AIT v" + std::to_string(ait.version) + " section " + std::to_string(ait.sectionNumber) + "/" +
-            std::to_string(ait.lastSectionNumber) + " (packet " + std::to_string(packet) + "): " +
-            std::to_string(ait.applications.size()) + " application(s)");
+            std::to_string(ait.lastSectionNumber) + " (packet " + std::to_string(packet) +
+            "): " + std::to_string(ait.applications.size()) + " application(s)");
     for (const DecodedApplication& app : ait.applications) {
         std::string line = applicationName(app.organisationId, app.applicationId) + " \"" + app.name + "\" " +
                            controlCodeName(app.controlCode) + ", priority " + std::to_string(app.priority);
@@ -89,6 +89,7 @@ void AitFeed::checkAcceptance(uint64_t tick)
         if (completedVersions.count(version) || reportedVersions.count(version) || tick < posted.second + interval)
             continue;
         reportedVersions.insert(version);
-        out.say("AIT v" + std::to_string(version) + ": every section was posted, but the library did not complete the table");
+        out.say("AIT v" + std::to_string(version) +
+                ": every section was posted, but the library did not complete the table");
     }
 }

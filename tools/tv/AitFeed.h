@@ -52,7 +52,7 @@ private:
     void* channel = nullptr;
 
     std::map<int, std::set<int>> postedSections;  // by version
-    std::map<int, uint64_t> versionPostedAt;      // the tick each version's last section went through
+    std::map<int, uint64_t> versionPostedAt;  // the tick each version's last section went through
     std::set<int> completedVersions;
     std::set<int> reportedVersions;
     std::set<std::pair<int, int>> shownSections;

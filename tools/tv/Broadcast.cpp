@@ -58,7 +58,8 @@ void listServices(const TransportStream& stream, const std::vector<Service>& ser
         for (const AitStream& a : s.aitStreams)
             ait += " AIT on PID " + hex4(a.pid) + (a.isHbbTV() ? " (HbbTV)" : " (not HbbTV)");
         std::printf("  service %s \"%s\"%s%s\n", hex4(s.serviceId).c_str(), s.name.c_str(),
-                    s.provider.empty() ? "" : (" from \"" + s.provider + "\"").c_str(), ait.empty() ? " without an AIT" : ait.c_str());
+                    s.provider.empty() ? "" : (" from \"" + s.provider + "\"").c_str(),
+                    ait.empty() ? " without an AIT" : ait.c_str());
     }
 }
 
@@ -217,7 +218,7 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
     return oc.hasGateway() ? 0 : 1;
 }
 
-} // namespace
+}  // namespace
 
 int Broadcast::prepare(int argc, char** argv, Options& options)
 {
@@ -243,7 +244,8 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     uint16_t ocPid = 0;
     if (carouselOnly) {
         if (!carouselPid(service, carouselTags(aitSections), options, ocPid))
-            return fail(options, service ? "service " + hex4(service->serviceId) + " signals no object carousel" : error);
+            return fail(options,
+                        service ? "service " + hex4(service->serviceId) + " signals no object carousel" : error);
         return carouselCommand(stream, ocPid, options);
     }
     if (!service)
@@ -270,7 +272,8 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     std::vector<Channel> channels;
     for (const Service& s : services)
         channels.push_back({ChannelList::ccidOf(ids.originalNetworkId, ids.transportStreamId, s.serviceId),
-                            ids.originalNetworkId, ids.transportStreamId, s.serviceId, s.name, aitStreamOf(s) != nullptr});
+                            ids.originalNetworkId, ids.transportStreamId, s.serviceId, s.name,
+                            aitStreamOf(s) != nullptr});
     ChannelList::get().set(std::move(channels));
     channel = ChannelList::get().byTriplet(ids.originalNetworkId, ids.transportStreamId, ids.serviceId);
     return PLAY;

@@ -9,7 +9,7 @@ namespace {
 
 const unsigned HTTP_NOT_FOUND = 404;
 
-} // namespace
+}  // namespace
 
 void BrowserCore::attach(Timeline& timeline, LoadRules& loadRules, Activity& platformActivity)
 {
@@ -75,13 +75,16 @@ void BrowserCore::sayLoad(DAXO_TesmoWindow* window, const std::string& url, cons
 
 void BrowserCore::reportLoad(DAXO_TesmoWindow* window, const LoadOutcome& outcome)
 {
-    const bool errorPage = outcome.end == LoadOutcome::LOADED && outcome.status >= 400 && outcome.status != HTTP_NOT_FOUND;
+    const bool errorPage =
+        outcome.end == LoadOutcome::LOADED && outcome.status >= 400 && outcome.status != HTTP_NOT_FOUND;
     DAXO_LoadRecord record{};
     record.outcome = outcome.end == LoadOutcome::CONNECTION_FAILED ? library::LOAD_CONNECTION_FAILED : 0;
     record.http_status = outcome.end == LoadOutcome::LOADED ? int16_t(outcome.status) : 0;
-    const int id = outcome.end == LoadOutcome::FAILED || errorPage ? DAXO_TESMO_EVT_LOADING_FAILED : DAXO_TESMO_EVT_LOADING_FINISHED;
+    const int id = outcome.end == LoadOutcome::FAILED || errorPage ? DAXO_TESMO_EVT_LOADING_FAILED
+                                                                   : DAXO_TESMO_EVT_LOADING_FINISHED;
     int result = 0;
-    tesmo_hbbtv_handle_notification(nullptr, window, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr, &result);
+    tesmo_hbbtv_handle_notification(nullptr, window, id, id == DAXO_TESMO_EVT_LOADING_FINISHED ? &record : nullptr,
+                                    &result);
 }
 
 // ---------------------------------------------------------------- the library's calls
@@ -136,18 +139,24 @@ int BrowserCore::windowOfHandle(long handle, DAXO_TesmoWindow** window)
 int BrowserCore::resolveRelative(const char* base, const char* relative, char** result)
 {
     GError* error = nullptr;
-    char* joined = g_uri_resolve_relative(base && *base ? base : nullptr, relative ? relative : "", G_URI_FLAGS_NONE, &error);
+    char* joined =
+        g_uri_resolve_relative(base && *base ? base : nullptr, relative ? relative : "", G_URI_FLAGS_NONE, &error);
     resolved = joined ? joined : (relative ? relative : "");
     g_free(joined);
     g_clear_error(&error);
-    out->record(JsonLine().field("call", "tm_resolve_relative_url").field("base", base).field("relative", relative).field("result", resolved));
+    out->record(JsonLine()
+                    .field("call", "tm_resolve_relative_url")
+                    .field("base", base)
+                    .field("relative", relative)
+                    .field("result", resolved));
     *result = &resolved[0];
     return 0;
 }
 
 void BrowserCore::protocolMimeType(void* stream, const char* mime)
 {
-    out->record(JsonLine().field("call", "tm_protocol_set_mime_type").pointer("stream", stream).field("mime_type", mime));
+    out->record(
+        JsonLine().field("call", "tm_protocol_set_mime_type").pointer("stream", stream).field("mime_type", mime));
     streamMimeType(stream, mime ? mime : "");
 }
 
@@ -159,7 +168,10 @@ void BrowserCore::protocolWrite(void* stream, const unsigned char* data, unsigne
 
 void BrowserCore::protocolEnd(void* stream, int status, bool finished)
 {
-    out->record(JsonLine().field("call", finished ? "tm_protocol_finished" : "tm_protocol_failed").pointer("stream", stream).field("status", status));
+    out->record(JsonLine()
+                    .field("call", finished ? "tm_protocol_finished" : "tm_protocol_failed")
+                    .pointer("stream", stream)
+                    .field("status", status));
     streamEnded(stream, status, finished);
 }
 
@@ -172,6 +184,10 @@ void BrowserCore::userAgent(const char* text)
 
 void BrowserCore::keyboard(int action, DAXO_KEY_SYM key, uint8_t modifiers)
 {
-    out->record(JsonLine().field("call", "daxo_keyboard_evt").field("action", action).field("key", key).field("modifiers", modifiers));
+    out->record(JsonLine()
+                    .field("call", "daxo_keyboard_evt")
+                    .field("action", action)
+                    .field("key", key)
+                    .field("modifiers", modifiers));
     keyEvent(action, key);
 }

@@ -40,7 +40,9 @@ public:
     virtual void tableCompleted() {}
     // A stream event for the page's listener that subscribed it.
     virtual void streamEvent(void* /*listener*/, const std::string& /*name*/, const std::string& /*data*/,
-                             const std::string& /*text*/, const std::string& /*status*/) {}
+                             const std::string& /*text*/, const std::string& /*status*/)
+    {
+    }
 
     // ---- the library's calls
     int openUrl(DAXO_TesmoWindow* window, const char* url);
@@ -65,7 +67,10 @@ protected:
     virtual void userAgentChanged(const std::string&) {}
     virtual void keyEvent(int, DAXO_KEY_SYM) {}
 
-    bool knows(const DAXO_TesmoWindow* window) const { return windows.count(const_cast<DAXO_TesmoWindow*>(window)) != 0; }
+    bool knows(const DAXO_TesmoWindow* window) const
+    {
+        return windows.count(const_cast<DAXO_TesmoWindow*>(window)) != 0;
+    }
     // The outcome the --fail and --status rules give url, if any.
     std::optional<LoadOutcome> ruledOutcome(const std::string& url) const;
     // The timeline's line for a load's outcome.

@@ -13,9 +13,12 @@ const size_t READ_PIECE = 4096;
 
 std::string mimeTypeOf(const std::string& path)
 {
-    static const std::pair<const char*, const char*> types[] = {
-        {".html", "application/vnd.hbbtv.xhtml+xml"}, {".js", "application/javascript"}, {".css", "text/css"},
-        {".png", "image/png"}, {".jpg", "image/jpeg"}, {".xml", "application/vnd.dvb.ait+xml"}};
+    static const std::pair<const char*, const char*> types[] = {{".html", "application/vnd.hbbtv.xhtml+xml"},
+                                                                {".js", "application/javascript"},
+                                                                {".css", "text/css"},
+                                                                {".png", "image/png"},
+                                                                {".jpg", "image/jpeg"},
+                                                                {".xml", "application/vnd.dvb.ait+xml"}};
     for (const auto& type : types) {
         const size_t n = std::strlen(type.first);
         if (path.size() >= n && path.compare(path.size() - n, n, type.first) == 0)
@@ -31,7 +34,7 @@ std::string belowHost(const std::string& path)
     return slash == std::string::npos ? "" : path.substr(slash + 1);
 }
 
-} // namespace
+}  // namespace
 
 void CarouselFiles::start(std::vector<TimedSection> sections, uint64_t ticks)
 {

@@ -14,7 +14,10 @@
 // service's object carousel as its modules arrive (or from a directory, --carousel-dir).
 class CarouselFiles {
 public:
-    CarouselFiles(Timeline& out, const Options& options, PostEvent post) : out(out), options(options), post(std::move(post)) {}
+    CarouselFiles(Timeline& out, const Options& options, PostEvent post)
+        : out(out), options(options), post(std::move(post))
+    {
+    }
 
     // A service's carousel, its sections spread over that many ticks; requests still waiting
     // for the one before are answered as errors.

@@ -27,7 +27,7 @@ std::string resolved(const std::string& path)
     return real ? real.get() : "";
 }
 
-} // namespace
+}  // namespace
 
 // Percent-escapes decoded segment by segment, so that an escaped slash cannot join two.
 bool ConfinedFiles::decode(const std::string& urlPath, std::string& path, std::string& why)

@@ -28,11 +28,16 @@ Table selectTable(const std::string& text)
     if (first == 0x10 && text.size() >= 3)
         return {"ISO-8859-" + std::to_string(static_cast<unsigned char>(text[2])), 3};
     switch (first) {
-    case 0x11: return {"UCS-2BE", 1};
-    case 0x13: return {"GB2312", 1};
-    case 0x14: return {"UCS-2BE", 1};
-    case 0x15: return {"UTF-8", 1};
-    default: return {"ISO_6937", 1};
+    case 0x11:
+        return {"UCS-2BE", 1};
+    case 0x13:
+        return {"GB2312", 1};
+    case 0x14:
+        return {"UCS-2BE", 1};
+    case 0x15:
+        return {"UTF-8", 1};
+    default:
+        return {"ISO_6937", 1};
     }
 }
 
@@ -46,7 +51,7 @@ std::string dropControlCodes(const std::string& text)
     return out;
 }
 
-} // namespace
+}  // namespace
 
 std::string dvbTextToUtf8(const std::string& text)
 {

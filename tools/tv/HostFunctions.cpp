@@ -18,57 +18,136 @@ BrowserCore& core()
     return TvPlatform::get().browserCore();
 }
 
-} // namespace
+}  // namespace
 
 extern "C" {
 
-int tm_open_url(DAXO_TesmoWindow* window, const char* url) { return core().openUrl(window, url); }
-void tm_clear_history(DAXO_TesmoWindow* window) { core().clearHistory(window); }
-int tm_get_loading_url(DAXO_TesmoWindow* window, const char** url, int flags) { return core().loadingUrl(window, url, flags); }
-int tm_get_window(DAXO_Tesmo*, long handle, DAXO_TesmoWindow** window) { return core().windowOfHandle(handle, window); }
+int tm_open_url(DAXO_TesmoWindow* window, const char* url)
+{
+    return core().openUrl(window, url);
+}
+void tm_clear_history(DAXO_TesmoWindow* window)
+{
+    core().clearHistory(window);
+}
+int tm_get_loading_url(DAXO_TesmoWindow* window, const char** url, int flags)
+{
+    return core().loadingUrl(window, url, flags);
+}
+int tm_get_window(DAXO_Tesmo*, long handle, DAXO_TesmoWindow** window)
+{
+    return core().windowOfHandle(handle, window);
+}
 int tm_resolve_relative_url(const char* base, const char* relative, char** result)
 {
     return core().resolveRelative(base, relative, result);
 }
-void tm_protocol_set_mime_type(void* stream, const char* mime_type) { core().protocolMimeType(stream, mime_type); }
-void tm_protocol_write(void* stream, const unsigned char* data, unsigned int length) { core().protocolWrite(stream, data, length); }
-void tm_protocol_finished(void* stream, int status) { core().protocolEnd(stream, status, true); }
-void tm_protocol_failed(void* stream, int status) { core().protocolEnd(stream, status, false); }
-void tm_set_uastring_extension(DAXO_Tesmo*, const char* text) { core().userAgent(text); }
-void daxo_keyboard_evt(int action, DAXO_KEY_SYM key, uint8_t modifiers) { core().keyboard(action, key, modifiers); }
+void tm_protocol_set_mime_type(void* stream, const char* mime_type)
+{
+    core().protocolMimeType(stream, mime_type);
+}
+void tm_protocol_write(void* stream, const unsigned char* data, unsigned int length)
+{
+    core().protocolWrite(stream, data, length);
+}
+void tm_protocol_finished(void* stream, int status)
+{
+    core().protocolEnd(stream, status, true);
+}
+void tm_protocol_failed(void* stream, int status)
+{
+    core().protocolEnd(stream, status, false);
+}
+void tm_set_uastring_extension(DAXO_Tesmo*, const char* text)
+{
+    core().userAgent(text);
+}
+void daxo_keyboard_evt(int action, DAXO_KEY_SYM key, uint8_t modifiers)
+{
+    core().keyboard(action, key, modifiers);
+}
 
-void hbbtv_ait_start(void) { tv().platformCall("hbbtv_ait_start"); }
-void hbbtv_ait_stop(void) { tv().platformCall("hbbtv_ait_stop"); }
-void hbbtv_ait_completed(int version_number) { tv().aitCompleted(version_number); }
-void hbbtv_ait_invalidate(void) { tv().platformCall("hbbtv_ait_invalidate"); }
+void hbbtv_ait_start(void)
+{
+    tv().platformCall("hbbtv_ait_start");
+}
+void hbbtv_ait_stop(void)
+{
+    tv().platformCall("hbbtv_ait_stop");
+}
+void hbbtv_ait_completed(int version_number)
+{
+    tv().aitCompleted(version_number);
+}
+void hbbtv_ait_invalidate(void)
+{
+    tv().platformCall("hbbtv_ait_invalidate");
+}
 int hbbtv_keyset_get_supported_values(void)
 {
     tv().platformCall("hbbtv_keyset_get_supported_values");
     return library::KEYSET_ALL;
 }
 
-void dsmcc_start(void) { tv().platformCall("dsmcc_start"); }
-void dsmcc_stop(void) { tv().platformCall("dsmcc_stop"); }
-void dsmcc_clear_cache(void) { tv().platformCall("dsmcc_clear_cache"); }
-int dsmcc_get_file(const char* path, void* id) { return tv().carouselFiles().get(path, id); }
-int dsmcc_get_mime_type(void* id, char** mime_type) { return tv().carouselFiles().mimeType(id, mime_type); }
-int dsmcc_read(void* id, const unsigned char** data, unsigned int* length) { return tv().carouselFiles().read(id, data, length); }
-int dsmcc_close_file(void* id) { return tv().carouselFiles().close(id); }
-int dsmcc_same_carousel(const char* url, const char* other_url, int* same) { return tv().carouselFiles().sameCarousel(url, other_url, same); }
+void dsmcc_start(void)
+{
+    tv().platformCall("dsmcc_start");
+}
+void dsmcc_stop(void)
+{
+    tv().platformCall("dsmcc_stop");
+}
+void dsmcc_clear_cache(void)
+{
+    tv().platformCall("dsmcc_clear_cache");
+}
+int dsmcc_get_file(const char* path, void* id)
+{
+    return tv().carouselFiles().get(path, id);
+}
+int dsmcc_get_mime_type(void* id, char** mime_type)
+{
+    return tv().carouselFiles().mimeType(id, mime_type);
+}
+int dsmcc_read(void* id, const unsigned char** data, unsigned int* length)
+{
+    return tv().carouselFiles().read(id, data, length);
+}
+int dsmcc_close_file(void* id)
+{
+    return tv().carouselFiles().close(id);
+}
+int dsmcc_same_carousel(const char* url, const char* other_url, int* same)
+{
+    return tv().carouselFiles().sameCarousel(url, other_url, same);
+}
 
 int dsmcc_stream_event_subscribe(const char* path, void* a, void* b, void* c, void* d)
 {
-    tv().streamEventCall(JsonLine().field("call", "dsmcc_stream_event_subscribe").field("path", path).pointer("a", a)
-                             .pointer("b", b).pointer("c", c).pointer("d", d),
+    tv().streamEventCall(JsonLine()
+                             .field("call", "dsmcc_stream_event_subscribe")
+                             .field("path", path)
+                             .pointer("a", a)
+                             .pointer("b", b)
+                             .pointer("c", c)
+                             .pointer("d", d),
                          std::string("stream events subscribed: ") + (path ? path : ""));
     tv().subscribeStreamEvent(path, a, static_cast<const char*>(b));
     return DSMCC_OK;
 }
 
-int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_id, uint16_t b, void* x, void* y, void* z)
+int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_id, uint16_t b, void* x, void* y,
+                                     void* z)
 {
-    tv().streamEventCall(JsonLine().field("call", "dsmcc_xml_stream_event_subscribe").pointer("first", first).field("a", a)
-                             .field("service_id", service_id).field("b", b).pointer("x", x).pointer("y", y).pointer("z", z),
+    tv().streamEventCall(JsonLine()
+                             .field("call", "dsmcc_xml_stream_event_subscribe")
+                             .pointer("first", first)
+                             .field("a", a)
+                             .field("service_id", service_id)
+                             .field("b", b)
+                             .pointer("x", x)
+                             .pointer("y", y)
+                             .pointer("z", z),
                          "stream events subscribed on service " + std::to_string(service_id));
     tv().subscribeXmlStreamEvent(static_cast<const char*>(first), a, b, x);
     return DSMCC_OK;
@@ -89,4 +168,4 @@ int dsmcc_stream_event_unsubscribe_all(void* a)
     return DSMCC_OK;
 }
 
-} // extern "C"
+}  // extern "C"

@@ -27,6 +27,6 @@ const uint32_t APPLICATION_LOAD_ERROR = 3;
 // hbbtv_keyset_get_supported_values: every key of the key-set table.
 const int KEYSET_ALL = 0x3FF;
 
-} // namespace library
+}  // namespace library
 
 #endif

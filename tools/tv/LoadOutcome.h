@@ -7,7 +7,7 @@
 struct LoadOutcome {
     enum End { LOADED, CONNECTION_FAILED, FAILED };
     End end;
-    unsigned status;     // the HTTP status of a loaded page (200 where there is none)
+    unsigned status;  // the HTTP status of a loaded page (200 where there is none)
     std::string reason;  // why it failed, for the timeline (may be empty)
 };
 

@@ -9,9 +9,10 @@ namespace {
 
 const char* notificationName(HBBTV_NotificationType type)
 {
-    static const char* const names[] = {"APPLICATION_START", "APPLICATION_STOP",        "AIT_UPDATE",    "TRUSTED",
-                                        "BROADCAST_RELATED_CHANGE", "XHR",             "REQUEST_WINDOW", "RELEASE_WINDOW",
-                                        "SHOW_WINDOW",       "HIDE_WINDOW",             "KEYSET_CHANGED", "GET_FREE_MEMORY"};
+    static const char* const names[] = {"APPLICATION_START", "APPLICATION_STOP",         "AIT_UPDATE",
+                                        "TRUSTED",           "BROADCAST_RELATED_CHANGE", "XHR",
+                                        "REQUEST_WINDOW",    "RELEASE_WINDOW",           "SHOW_WINDOW",
+                                        "HIDE_WINDOW",       "KEYSET_CHANGED",           "GET_FREE_MEMORY"};
     return type >= 0 && type <= HBBTV_NOTIFICATION_GET_FREE_MEMORY ? names[type] : "UNKNOWN";
 }
 
@@ -37,7 +38,7 @@ std::string applicationsJson(const HBBTV_AITNotificationData& update)
     return apps + "]";
 }
 
-} // namespace
+}  // namespace
 
 JsonLine NotificationLog::json(HBBTV_NotificationType type, const HBBTV_NotificationData* data)
 {
@@ -58,20 +59,28 @@ JsonLine NotificationLog::json(HBBTV_NotificationType type, const HBBTV_Notifica
     }
     case HBBTV_NOTIFICATION_AIT_UPDATE: {
         const HBBTV_AITNotificationData& u = data->ait;
-        line.pointer("window", u.window).field("is_xml_ait", u.is_xml_ait).field("num_applications", u.num_applications);
+        line.pointer("window", u.window)
+            .field("is_xml_ait", u.is_xml_ait)
+            .field("num_applications", u.num_applications);
         return line.raw("applications", applicationsJson(u)).field("was_corrected", u.was_corrected);
     }
     case HBBTV_NOTIFICATION_XHR:
-        return line.field("base_url", data->xhr.base_url).field("target_url", data->xhr.target_url).field("permission", data->xhr.permission);
+        return line.field("base_url", data->xhr.base_url)
+            .field("target_url", data->xhr.target_url)
+            .field("permission", data->xhr.permission);
     case HBBTV_NOTIFICATION_REQUEST_WINDOW:
-        return line.pointer("window_slot", data->request_window.window_slot).field("granted", data->request_window.granted).pointer("window", data->request_window.window);
+        return line.pointer("window_slot", data->request_window.window_slot)
+            .field("granted", data->request_window.granted)
+            .pointer("window", data->request_window.window);
     case HBBTV_NOTIFICATION_RELEASE_WINDOW:
-        return line.pointer("window_slot", data->release_window.window_slot).field("released", data->release_window.released);
+        return line.pointer("window_slot", data->release_window.window_slot)
+            .field("released", data->release_window.released);
     case HBBTV_NOTIFICATION_SHOW_WINDOW:
     case HBBTV_NOTIFICATION_HIDE_WINDOW:
         return line.pointer("window_slot", data->visibility.window_slot);
     case HBBTV_NOTIFICATION_KEYSET_CHANGED:
-        return line.pointer("daxo_window", data->keyset_changed.daxo_window).field("keyset", data->keyset_changed.keyset);
+        return line.pointer("daxo_window", data->keyset_changed.daxo_window)
+            .field("keyset", data->keyset_changed.keyset);
     case HBBTV_NOTIFICATION_GET_FREE_MEMORY:
         return line.field("free_memory", *data->get_free_memory.free_memory);
     }
@@ -140,7 +149,8 @@ void NotificationLog::describeAitUpdate(const HBBTV_AITNotificationData& update)
     for (int32_t i = 0; i < update.num_applications; ++i) {
         const HBBTV_AITApplicationInfo& info = update.applications[i];
         out.detail(applicationName(info.organisation_id, info.application_id) + " control code " +
-                   std::to_string(info.control_code) + ", " + std::to_string(info.num_urls) + " URL(s), last transport first");
+                   std::to_string(info.control_code) + ", " + std::to_string(info.num_urls) +
+                   " URL(s), last transport first");
         for (int32_t u = 0; u < info.num_urls; ++u)
             out.detail("  " + std::string(info.urls[u] ? info.urls[u] : "(none)"));
     }

@@ -17,7 +17,7 @@ bool parseNumber(const std::string& text, unsigned long long max, unsigned long 
     return *end == '\0' && value <= max && text[0] != '-';
 }
 
-} // namespace
+}  // namespace
 
 bool keyCode(const std::string& name, int32_t& code)
 {
@@ -40,8 +40,8 @@ bool keyCode(const std::string& name, int32_t& code)
 namespace {
 
 // The value as a whole number from min to max, or what is wrong with it.
-std::string readNumber(const std::string& name, const std::string& value, unsigned long long min, unsigned long long max,
-                       const char* what, unsigned long long& number)
+std::string readNumber(const std::string& name, const std::string& value, unsigned long long min,
+                       unsigned long long max, const char* what, unsigned long long& number)
 {
     return parseNumber(value, max, number) && number >= min ? "" : name + " takes " + what;
 }
@@ -83,7 +83,8 @@ std::string readKey(const std::string&, const std::string& value, Options& optio
     const size_t at = value.find('@');
     int32_t code = 0;
     unsigned long long tick = 0;
-    if (at == std::string::npos || !keyCode(value.substr(0, at), code) || !parseNumber(value.substr(at + 1), 1u << 30, tick))
+    if (at == std::string::npos || !keyCode(value.substr(0, at), code) ||
+        !parseNumber(value.substr(at + 1), 1u << 30, tick))
         return "--key takes NAME@TICK with a known key, for example RED@40";
     options.keys.push_back({value.substr(0, at), code, tick});
     return "";
@@ -119,7 +120,9 @@ const OptionRow OPTIONS[] = {
     {"--eval", nullptr, "SCRIPT@TICK", true, "print what SCRIPT gives in the active page; repeatable",
      [](const std::string& n, const std::string& v, Options& o) { return readTimed(n, v, o.evaluations); }},
     {"--exit-after", nullptr, "TICK", true, "quit after that tick (default: when the window closes)",
-     [](const std::string& n, const std::string& v, Options& o) { return readInto(n, v, 0, 1u << 30, "a tick", o.exitAfter); }},
+     [](const std::string& n, const std::string& v, Options& o) {
+         return readInto(n, v, 0, 1u << 30, "a tick", o.exitAfter);
+     }},
     {"--tick-ms", nullptr, "N", true, "milliseconds between ticks (default 20)",
      [](const std::string& n, const std::string& v, Options& o) {
          return readInto(n, v, 1, 10000, "milliseconds from 1 to 10000", o.tickMs);
@@ -142,7 +145,9 @@ const OptionRow OPTIONS[] = {
          return wrong;
      }},
     {"--profiles", nullptr, "MASK", false, "platform profiles the terminal supports (default 0)",
-     [](const std::string& n, const std::string& v, Options& o) { return readInto(n, v, 0, 0xFFFF, "a 16-bit mask", o.profiles); }},
+     [](const std::string& n, const std::string& v, Options& o) {
+         return readInto(n, v, 0, 0xFFFF, "a 16-bit mask", o.profiles);
+     }},
     {"--hbbtv-version", nullptr, "V", false, "1.1.1 or 1.2.1 (default 1.1.1)", readVersion},
     {"--no-broadband", nullptr, nullptr, false, "broadband is not usable",
      [](const std::string&, const std::string&, Options& o) { return o.noBroadband = true, std::string(); }},
@@ -154,7 +159,9 @@ const OptionRow OPTIONS[] = {
     {"--refuse", nullptr, "PATTERN", false,
      "the platform refuses every request of a page (scripts,\nsubresources, frames, forms, sockets) for URLs matching\n"
      "PATTERN (a glob); repeatable",
-     [](const std::string&, const std::string& v, Options& o) { return o.refusedRequests.push_back(v), std::string(); }},
+     [](const std::string&, const std::string& v, Options& o) {
+         return o.refusedRequests.push_back(v), std::string();
+     }},
     {"--carousel", nullptr, "DIR", false,
      "serve dvb: files from DIR (the URL's path inside it) instead\nof the service's object carousel",
      [](const std::string&, const std::string& v, Options& o) { return o.carouselDir = v, std::string(); }},
@@ -180,14 +187,20 @@ const OptionRow OPTIONS[] = {
     {"--script", nullptr, "FILE", false, "run a scenario script",
      [](const std::string&, const std::string& v, Options& o) { return o.script = v, std::string(); }},
     {"--section-interval", nullptr, "N", false, "ticks between the capture's AIT sections (default 5)",
-     [](const std::string& n, const std::string& v, Options& o) { return readInto(n, v, 1, 100000, TICKS, o.sectionInterval); }},
+     [](const std::string& n, const std::string& v, Options& o) {
+         return readInto(n, v, 1, 100000, TICKS, o.sectionInterval);
+     }},
     {"--idle-ticks", nullptr, "N", false, "ticks to go on once nothing is left to do (default 30)",
-     [](const std::string& n, const std::string& v, Options& o) { return readInto(n, v, 1, 100000, TICKS, o.idleTicks); }},
+     [](const std::string& n, const std::string& v, Options& o) {
+         return readInto(n, v, 1, 100000, TICKS, o.idleTicks);
+     }},
     {"--json", nullptr, nullptr, false, "one JSON object a line: every notification and every call",
      [](const std::string&, const std::string&, Options& o) { return o.json = true, std::string(); }},
     {"-v", "-vv", nullptr, false,
      "more of the library's own log lines: from LOG, or all\n(readable output shows its warnings and errors anyway)",
-     [](const std::string& n, const std::string&, Options& o) { return o.verbosity = int(n.size() - 1), std::string(); }},
+     [](const std::string& n, const std::string&, Options& o) {
+         return o.verbosity = int(n.size() - 1), std::string();
+     }},
     {"--dump-ait", nullptr, nullptr, false, "print the decoded AITs of the service and exit",
      [](const std::string&, const std::string&, Options& o) { return o.dumpAit = true, std::string(); }},
     {"-h", "--help", nullptr, false, "this text", nullptr},
@@ -220,7 +233,7 @@ const OptionRow* optionNamed(const std::string& name)
     return nullptr;
 }
 
-} // namespace
+}  // namespace
 
 std::string usage(const Options& options)
 {

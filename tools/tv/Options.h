@@ -34,10 +34,10 @@ struct Options {
     std::vector<std::string> failPatterns;
     std::vector<StatusRule> statusRules;
     std::vector<std::string> refusedRequests;  // the platform refuses pages' requests for these
-    std::string carouselDir;            // empty: the service's own object carousel
+    std::string carouselDir;  // empty: the service's own object carousel
     std::optional<uint16_t> carouselPid;  // instead of the PMT's carousel stream
     bool carouselList = false;
-    std::string carouselExtract;        // a directory to write the carousel's files into
+    std::string carouselExtract;  // a directory to write the carousel's files into
     std::vector<KeyPress> keys;
     std::string script;
     uint64_t sectionInterval = 5;
@@ -47,10 +47,10 @@ struct Options {
     bool dumpAit = false;
 
     // hbbtv-browser only
-    std::string startUrl;              // a broadcast-independent application started at tick 0
+    std::string startUrl;  // a broadcast-independent application started at tick 0
     std::vector<TimedText> screenshots;  // PNG files of the screen
     std::vector<TimedText> evaluations;  // JavaScript evaluated in the active page
-    uint64_t exitAfter = 0;             // 0: runs until its window is closed
+    uint64_t exitAfter = 0;  // 0: runs until its window is closed
     uint64_t tickMs = 20;
     unsigned pageMemoryMb = 400;
     unsigned loadTimeoutMs = 10000;  // a load or a media source that receives nothing this long has failed

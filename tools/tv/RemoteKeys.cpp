@@ -27,16 +27,23 @@ std::vector<RemoteKey> makeTable()
         {"PAGE_DOWN", 57384, "VK_PAGE_DOWN", 34, "PageDown", "PageDown", {0xff56, 0}, 0xff56},
     };
     static const char* const digitNames[] = {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"};
-    static const char* const vkNames[] = {"VK_0", "VK_1", "VK_2", "VK_3", "VK_4", "VK_5", "VK_6", "VK_7", "VK_8", "VK_9"};
+    static const char* const vkNames[] = {"VK_0", "VK_1", "VK_2", "VK_3", "VK_4",
+                                          "VK_5", "VK_6", "VK_7", "VK_8", "VK_9"};
     static const char* const codes[] = {"Digit0", "Digit1", "Digit2", "Digit3", "Digit4",
                                         "Digit5", "Digit6", "Digit7", "Digit8", "Digit9"};
     for (int digit = 0; digit < 10; ++digit)
-        keys.push_back({digitNames[digit], '0' + digit, vkNames[digit], '0' + digit, digitNames[digit], codes[digit],
-                        {unsigned('0' + digit), 0}, unsigned('0' + digit)});
+        keys.push_back({digitNames[digit],
+                        '0' + digit,
+                        vkNames[digit],
+                        '0' + digit,
+                        digitNames[digit],
+                        codes[digit],
+                        {unsigned('0' + digit), 0},
+                        unsigned('0' + digit)});
     return keys;
 }
 
-} // namespace
+}  // namespace
 
 int RemoteKey::engineKeyCode() const
 {

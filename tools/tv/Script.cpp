@@ -14,7 +14,7 @@ const ScriptVerb* verbNamed(const std::vector<ScriptVerb>& verbs, const std::str
     return nullptr;
 }
 
-} // namespace
+}  // namespace
 
 bool loadScript(const std::string& path, const std::vector<ScriptVerb>& verbs, std::vector<ScriptAction>& actions,
                 std::string& error)

@@ -18,7 +18,8 @@ const std::vector<ScriptRunner::Row>& ScriptRunner::table()
         {{"status", "PATTERN=CODE", "loads of matching URLs finish with that HTTP status"}, &ScriptRunner::status},
         {{"service-change", nullptr, "the service is left (AIT withdrawn)"}, &ScriptRunner::serviceChange},
         {{"channel", "next|prev|ID", "the viewer changes to another service of the capture"}, &ScriptRunner::channel},
-        {{"broadband", "on|off", "the platform's broadband connection comes up or goes down"}, &ScriptRunner::broadband},
+        {{"broadband", "on|off", "the platform's broadband connection comes up or goes down"},
+         &ScriptRunner::broadband},
         {{"start-url", "URL", "the platform starts a broadcast-independent application"}, &ScriptRunner::startUrl},
         {{"terminate", nullptr, "the platform terminates the running application"}, &ScriptRunner::terminate},
         {{"low-memory", nullptr, "the platform reports low memory"}, &ScriptRunner::lowMemory},
@@ -144,7 +145,8 @@ void ScriptRunner::timeShift(const ScriptAction& action)
 void ScriptRunner::createApplication(const ScriptAction& action)
 {
     void* created = nullptr;
-    const int result = native_ApplicationCreateApplication(action.argument.c_str(), 0, tv.runningApplicationId(), &created);
+    const int result =
+        native_ApplicationCreateApplication(action.argument.c_str(), 0, tv.runningApplicationId(), &created);
     out.say("the page creates " + action.argument + ": result " + std::to_string(result));
 }
 
@@ -164,7 +166,8 @@ void ScriptRunner::showOrHide(const ScriptAction& action)
 void ScriptRunner::keyset(const ScriptAction& action)
 {
     double stored = 0;
-    const int result = native_KeySetSetValue(tv.runningApplicationId(), std::strtod(action.argument.c_str(), nullptr), &stored);
+    const int result =
+        native_KeySetSetValue(tv.runningApplicationId(), std::strtod(action.argument.c_str(), nullptr), &stored);
     out.say("the page sets its key set to " + action.argument + ": result " + std::to_string(result) + ", now " +
             timelineText::hex((unsigned long long)stored));
 }

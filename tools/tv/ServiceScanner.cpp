@@ -57,7 +57,8 @@ void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
             service.avPids.push_back(es->i_pid);
     }
     const uint16_t pcr = pmt.i_pcr_pid;
-    if (service.hasPicture() && pcr != NO_PCR && std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
+    if (service.hasPicture() && pcr != NO_PCR &&
+        std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
         service.avPids.push_back(pcr);
 }
 
@@ -113,7 +114,7 @@ private:
     bool described = false;
 };
 
-} // namespace
+}  // namespace
 
 bool AitStream::isHbbTV() const
 {

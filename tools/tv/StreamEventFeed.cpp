@@ -20,7 +20,7 @@ std::string hexOf(const std::string& bytes)
     return hex;
 }
 
-} // namespace
+}  // namespace
 
 void StreamEventFeed::start(std::map<uint8_t, std::vector<TimedSection>> streams, uint64_t ticks)
 {
@@ -31,7 +31,8 @@ void StreamEventFeed::start(std::map<uint8_t, std::vector<TimedSection>> streams
     std::stable_sort(sections.begin(), sections.end(),
                      [](const auto& a, const auto& b) { return a.second.packet < b.second.packet; });
     next = 0;
-    perTick = ticks == 0 ? std::max<size_t>(1, sections.size()) : std::max<size_t>(1, (sections.size() + ticks - 1) / ticks);
+    perTick =
+        ticks == 0 ? std::max<size_t>(1, sections.size()) : std::max<size_t>(1, (sections.size() + ticks - 1) / ticks);
 }
 
 void StreamEventFeed::subscribe(const std::string& path, const std::string& eventName, void* listener)
@@ -104,7 +105,8 @@ void StreamEventFeed::fire(uint8_t componentTag, const Bytes& section, std::vect
         if (section[at] != STREAM_EVENT_DESCRIPTOR || length < STREAM_EVENT_FIXED)
             continue;
         const uint16_t eventId = uint16_t(section[at + 2] << 8 | section[at + 3]);
-        const std::string data(section.begin() + long(at + 2 + STREAM_EVENT_FIXED), section.begin() + long(at + 2 + length));
+        const std::string data(section.begin() + long(at + 2 + STREAM_EVENT_FIXED),
+                               section.begin() + long(at + 2 + length));
         for (const Subscription& s : subscriptions)
             if (s.path.empty() && s.componentTag == componentTag && s.eventId == eventId &&
                 seen.insert({s.listener, eventId, version}).second)  // not a repetition already acted on

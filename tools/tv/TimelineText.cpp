@@ -16,4 +16,4 @@ std::string applicationName(uint32_t organisationId, uint16_t applicationId)
     return hex(organisationId) + "." + hex(applicationId);
 }
 
-} // namespace timelineText
+}  // namespace timelineText

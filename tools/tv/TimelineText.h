@@ -12,6 +12,6 @@ std::string hex(unsigned long long value, int width = 0);
 // "0xORGANISATION.0xAPPLICATION".
 std::string applicationName(uint32_t organisationId, uint16_t applicationId);
 
-} // namespace timelineText
+}  // namespace timelineText
 
 #endif

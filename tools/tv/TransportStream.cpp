@@ -25,7 +25,7 @@ const uint16_t PAT_PID = 0x0000;
 const uint16_t NIT_PID = 0x0010;
 const uint16_t SDT_PID = 0x0011;
 const int MAX_SECTION = 4096;
-const size_t PROBE_SIZE = 64 * 1024;     // enough to find the packet size
+const size_t PROBE_SIZE = 64 * 1024;  // enough to find the packet size
 const size_t PACKETS_PER_READ = 4096;
 
 uint16_t pidOf(const uint8_t* packet)
@@ -77,7 +77,7 @@ std::string descriptorText(const uint8_t* text, uint8_t length)
     return dvbTextToUtf8(std::string(reinterpret_cast<const char*>(text), length));
 }
 
-} // namespace
+}  // namespace
 
 bool TransportStream::open(const std::string& file, std::string& error)
 {
@@ -186,7 +186,8 @@ void TransportStream::readServiceInformation()
                             if (d->i_tag == 0x48)
                                 if (dvbpsi_service_dr_t* service = dvbpsi_DecodeServiceDr(d))
                                     stream->names[s->i_service_id] = {
-                                        descriptorText(service->i_service_provider_name, service->i_service_provider_name_length),
+                                        descriptorText(service->i_service_provider_name,
+                                                       service->i_service_provider_name_length),
                                         descriptorText(service->i_service_name, service->i_service_name_length)};
                     dvbpsi_sdt_delete(table);
                 },

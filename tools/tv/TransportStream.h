@@ -15,7 +15,7 @@ using Bytes = std::vector<uint8_t>;
 // A section and where it was in the stream.
 struct TimedSection {
     size_t packet;  // index of the packet that completed it
-    Bytes bytes;    // exactly 3 + section_length bytes
+    Bytes bytes;  // exactly 3 + section_length bytes
 };
 
 struct ServiceName {

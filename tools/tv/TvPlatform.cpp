@@ -12,7 +12,7 @@ namespace {
 const long FREE_MEMORY = 64L * 1024 * 1024;
 const uint64_t TICK_LIMIT = 1000000;
 
-} // namespace
+}  // namespace
 
 TvPlatform& TvPlatform::get()
 {
@@ -20,7 +20,8 @@ TvPlatform& TvPlatform::get()
     return platform;
 }
 
-void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore& browserCore, const RequestPolicy& requests)
+void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore& browserCore,
+                           const RequestPolicy& requests)
 {
     options = &opts;
     out = &timeline;
@@ -180,7 +181,8 @@ bool TvPlatform::pressKey(const std::string& name, int32_t code)
 {
     DAXO_TesmoWindow* active = core->activeWindow();
     const bool delivered = active && tesmo_hbbtv_key_input(active, 0, code, 0);
-    out->say("key " + name + (delivered ? " delivered to the application" : " stays with the TV: not in the application's key set"));
+    out->say("key " + name +
+             (delivered ? " delivered to the application" : " stays with the TV: not in the application's key set"));
     activity.note();
     return delivered;
 }
@@ -229,7 +231,8 @@ void TvPlatform::feedStreamEvents(uint64_t serviceTick)
     std::vector<StreamEventFeed::Trigger> triggers;
     streamEvents.step(serviceTick, files->objects(), triggers);
     for (const StreamEventFeed::Trigger& trigger : triggers) {
-        out->say("stream event \"" + trigger.name + "\" " + trigger.status + (trigger.text.empty() ? "" : ": " + trigger.text));
+        out->say("stream event \"" + trigger.name + "\" " + trigger.status +
+                 (trigger.text.empty() ? "" : ": " + trigger.text));
         HBBTV_EventData* event = newEvent();
         event->stream_event.callback = &TvPlatform::streamEventArrived;
         event->stream_event.a = strdup(trigger.name.c_str());
@@ -251,7 +254,8 @@ void TvPlatform::subscribeStreamEvent(const char* path, void* listener, const ch
 {
     const std::string text = path ? path : "";
     const size_t slash = text.find('/');
-    streamEvents.subscribe(slash == std::string::npos ? "" : text.substr(slash + 1), eventName ? eventName : "", listener);
+    streamEvents.subscribe(slash == std::string::npos ? "" : text.substr(slash + 1), eventName ? eventName : "",
+                           listener);
 }
 
 void TvPlatform::subscribeXmlStreamEvent(const char* eventName, uint16_t componentTag, uint16_t eventId, void* listener)

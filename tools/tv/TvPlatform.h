@@ -114,7 +114,7 @@ private:
 
     uint64_t serviceFrom = 0;  // the tick the service was entered
     const Channel* channel = nullptr;  // in ChannelList
-    const Channel* tuneTo = nullptr;   // due at the next tick
+    const Channel* tuneTo = nullptr;  // due at the next tick
     Tuner tuner;
     void* tunedFrom = nullptr;  // the application running when the channel changed
     bool survivorCheckDue = false;

@@ -49,7 +49,7 @@ long number(const pugi::xml_node& node)
 
 int32_t controlCode(const std::string& text)
 {
-    static const char* const names[] = {"AUTOSTART", "PRESENT", "DESTROY", "KILL",
+    static const char* const names[] = {"AUTOSTART", "PRESENT", "DESTROY",  "KILL",
                                         "PREFETCH",  "REMOTE",  "DISABLED", "PLAYBACK_AUTOSTART"};
     for (int i = 0; i < 8; ++i)
         if (text == names[i])
@@ -70,7 +70,7 @@ bool isTrue(const pugi::xml_node& node)
     return text == "true" || text == "1";
 }
 
-} // namespace
+}  // namespace
 
 const char* XmlAit::keep(const std::string& text)
 {
@@ -103,8 +103,9 @@ bool XmlAit::load(const std::string& path, std::string& error)
         r.service_bound = isTrue(child(descriptor, "serviceBound"));
         r.priority = int32_t(number(child(descriptor, "priority")));
         for (const pugi::xml_node& version : children(descriptor, "mhpVersion"))
-            app.profiles.push_back({uint16_t(number(child(version, "profile"))), uint8_t(number(child(version, "versionMajor"))),
-                                    uint8_t(number(child(version, "versionMinor"))), uint8_t(number(child(version, "versionMicro")))});
+            app.profiles.push_back(
+                {uint16_t(number(child(version, "profile"))), uint8_t(number(child(version, "versionMajor"))),
+                 uint8_t(number(child(version, "versionMinor"))), uint8_t(number(child(version, "versionMicro")))});
         for (const pugi::xml_node& transport : children(node, "applicationTransport")) {
             const std::string type = transport.attribute("xsi:type").value();
             DAXO_AITApplicationTransport t{};

@@ -31,9 +31,9 @@ struct Script {
 };
 
 GDBusConnection* channel = nullptr;
-std::string channelKey;                        // proves to the TV, through a page's view, which connection is ours
-std::vector<Script> scripts;                   // the bridge first, then the objects
-std::map<guint64, JSCValue*> deliverers;       // page id -> the bridge's deliver function
+std::string channelKey;  // proves to the TV, through a page's view, which connection is ours
+std::vector<Script> scripts;  // the bridge first, then the objects
+std::map<guint64, JSCValue*> deliverers;  // page id -> the bridge's deliver function
 
 // Call(page, name, arguments as JSON) in the TV: its answer as JSON text, or null on failure.
 GVariant* callTv(guint64 pageId, const char* name, const char* json, GError** error)
@@ -81,17 +81,19 @@ void announce(WebKitWebPage* page)
 {
     if (channelKey.empty())
         return;
-    WebKitUserMessage* message =
-        webkit_user_message_new("tesmo.channel", g_variant_new("(ts)", webkit_web_page_get_id(page), channelKey.c_str()));
+    WebKitUserMessage* message = webkit_user_message_new(
+        "tesmo.channel", g_variant_new("(ts)", webkit_web_page_get_id(page), channelKey.c_str()));
     webkit_web_page_send_message_to_view(page, message, nullptr, nullptr, nullptr);
 }
 
 // Runs one script, which is a function expression, with the argument; its result.
 JSCValue* runScript(JSCContext* context, const Script& script, JSCValue* argument)
 {
-    JSCValue* function = jsc_context_evaluate_with_source_uri(context, script.source.c_str(), -1, script.uri.c_str(), 1);
-    JSCValue* result = jsc_value_is_function(function) ? jsc_value_function_call(function, JSC_TYPE_VALUE, argument, G_TYPE_NONE)
-                                                        : nullptr;
+    JSCValue* function =
+        jsc_context_evaluate_with_source_uri(context, script.source.c_str(), -1, script.uri.c_str(), 1);
+    JSCValue* result = jsc_value_is_function(function)
+                           ? jsc_value_function_call(function, JSC_TYPE_VALUE, argument, G_TYPE_NONE)
+                           : nullptr;
     if (JSCException* exception = jsc_context_get_exception(context)) {
         g_warning("%s: %s", script.uri.c_str(), jsc_exception_get_message(exception));
         jsc_context_clear_exception(context);
@@ -238,7 +240,7 @@ Script builtIn(const char* name)
     return script;
 }
 
-} // namespace
+}  // namespace
 
 // The TV hands over (address of its D-Bus server, [script name], the bridge first).
 extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,

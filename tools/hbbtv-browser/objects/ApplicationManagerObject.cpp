@@ -45,7 +45,8 @@ Reply ownerApplication(const PageContext& page, const Arguments&)
 Reply createApplication(const PageContext& page, const Arguments& args)
 {
     void* id = nullptr;
-    const int result = native_ApplicationCreateApplication(args.text(1).c_str(), args.boolean(2), applicationId(page, args), &id);
+    const int result =
+        native_ApplicationCreateApplication(args.text(1).c_str(), args.boolean(2), applicationId(page, args), &id);
     return given(page, result, id);
 }
 
@@ -100,10 +101,12 @@ Reply applicationCall(const char* method, int (*binding)(void*), const PageConte
 
 PageObject::Handler applicationMethod(const char* method, int (*binding)(void*))
 {
-    return [method, binding](const PageContext& page, const Arguments& args) { return applicationCall(method, binding, page, args); };
+    return [method, binding](const PageContext& page, const Arguments& args) {
+        return applicationCall(method, binding, page, args);
+    };
 }
 
-} // namespace
+}  // namespace
 
 ApplicationManagerObject::ApplicationManagerObject(ObjectServices& objectServices) : services(objectServices)
 {

@@ -3,8 +3,13 @@
 namespace {
 
 const char* const STATES[] = {"stopped", "playing", "paused", "connecting", "buffering", "finished", "in error"};
-const char* const ERRORS[] = {"format not supported", "cannot connect", "unidentified error", "insufficient resources",
-                              "content corrupt", "content not available", "not available at that position",
+const char* const ERRORS[] = {"format not supported",
+                              "cannot connect",
+                              "unidentified error",
+                              "insufficient resources",
+                              "content corrupt",
+                              "content not available",
+                              "not available at that position",
                               "blocked by parental control"};
 
 // A page's text on one line of the timeline: no control characters, not too long.
@@ -33,7 +38,7 @@ std::string describe(const std::string& what, long playState, long error, long p
     return line;
 }
 
-} // namespace
+}  // namespace
 
 AvControlObject::AvControlObject(ObjectServices& objectServices) : services(objectServices)
 {
@@ -46,7 +51,8 @@ Reply AvControlObject::changed(const PageContext& page, const Arguments& args) c
 {
     services.say("media " + oneLine(args.textMember(0, "data")) + ": " +
                  describe(args.textMember(0, "what"), wholeNumber(args.numberMember(0, "playState", -1)),
-                          wholeNumber(args.numberMember(0, "error", -1)), wholeNumber(args.numberMember(0, "position", 0)),
+                          wholeNumber(args.numberMember(0, "error", -1)),
+                          wholeNumber(args.numberMember(0, "position", 0)),
                           wholeNumber(args.numberMember(0, "speed", 0))) +
                  " (" + services.where(page) + ")");
     return reply::null();

@@ -9,7 +9,7 @@ struct ProfileFeature {
 };
 const ProfileFeature FEATURES[] = {{0x0001, "+DL"}, {0x0002, "+PVR"}, {0x0004, "+RTSP"}};
 
-} // namespace
+}  // namespace
 
 CapabilitiesObject::CapabilitiesObject(const Options& settings)
 {

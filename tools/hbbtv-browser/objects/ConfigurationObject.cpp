@@ -8,7 +8,7 @@ const char* const VENDOR = "tesmo";
 const char* const SOFTWARE_VERSION = "0.1.0";
 const char* const HARDWARE_VERSION = "1.0";
 
-} // namespace
+}  // namespace
 
 ConfigurationObject::ConfigurationObject(const Options& options) : settings(options)
 {

@@ -26,7 +26,7 @@ Reply keyTable(const PageContext&, const Arguments&)
     return reply::object(both);
 }
 
-} // namespace
+}  // namespace
 
 KeysObject::KeysObject()
 {

@@ -64,7 +64,7 @@ bool fits(char wanted, Kind kind)
     }
 }
 
-} // namespace
+}  // namespace
 
 // ---------------------------------------------------------------- arguments
 
@@ -138,8 +138,8 @@ std::string Arguments::textMember(unsigned index, const char* name) const
 // ---------------------------------------------------------------- replies
 
 Reply::Reply(Reply&& other) noexcept
-    : node(std::exchange(other.node, nullptr)), errorName(std::move(other.errorName)), message(std::move(other.message)),
-      code(other.code)
+    : node(std::exchange(other.node, nullptr)), errorName(std::move(other.errorName)),
+      message(std::move(other.message)), code(other.code)
 {
 }
 
@@ -234,4 +234,4 @@ JsonNode* objectWith(const char* name, JsonNode* value)
     return object(members);
 }
 
-} // namespace reply
+}  // namespace reply

@@ -17,7 +17,7 @@ struct Channel;
 // The page a call comes from.
 struct PageContext {
     DAXO_TesmoWindow* window;
-    long handle;      // the page's browser window as the library's bindings know it
+    long handle;  // the page's browser window as the library's bindings know it
     std::string url;  // the page's URL
     std::set<uintptr_t>* applications;  // the application ids the page was given (its view's)
 };
@@ -87,7 +87,7 @@ JsonNode* null();
 JsonNode* object(JsonObject* members);
 // {name: value}, taking the value.
 JsonNode* objectWith(const char* name, JsonNode* value);
-} // namespace reply
+}  // namespace reply
 
 // A number a page sent as a whole one; 0 for what no int holds (huge, not a number).
 long wholeNumber(double value);
@@ -116,7 +116,7 @@ public:
     enum Telling { TOLD, QUIET };
     using Handler = std::function<Reply(const PageContext& page, const Arguments& args)>;
     struct Method {
-        std::string name;       // "Object.method", as the script calls it
+        std::string name;  // "Object.method", as the script calls it
         std::string signature;  // see Arguments
         Telling telling;
         Handler run;

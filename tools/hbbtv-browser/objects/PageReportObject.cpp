@@ -6,7 +6,8 @@ PageReportObject::PageReportObject(ObjectServices& objectServices, std::chrono::
     const double bound = double(loadTimeout.count());
     table = {
         {"Page.painted", "", QUIET, [this](const PageContext& page, const Arguments&) { return painted(page); }},
-        {"Page.loadTimeout", "", QUIET, [bound](const PageContext&, const Arguments&) { return Reply(reply::number(bound)); }},
+        {"Page.loadTimeout", "", QUIET,
+         [bound](const PageContext&, const Arguments&) { return Reply(reply::number(bound)); }},
         {"Page.debug", "s", QUIET,
          [this](const PageContext& page, const Arguments& args) {
              services.say("the page in " + services.where(page) + " says: " + args.text(0));
@@ -31,7 +32,8 @@ Reply PageReportObject::painted(const PageContext& page)
 {
     if (!firstPaintSeen) {
         firstPaintSeen = true;
-        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
+        const auto ms =
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - clockStart);
         services.say("first paint in " + services.where(page) + ": " + std::to_string(ms.count()) + " ms after " +
                      (tableSeen ? "the AIT was complete" : "the start"));
     }

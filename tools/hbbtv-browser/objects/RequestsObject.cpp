@@ -8,12 +8,13 @@ namespace {
 // What the record's permission holds when the library did not write it.
 const int32_t NOT_WRITTEN = -1;
 
-} // namespace
+}  // namespace
 
 RequestsObject::RequestsObject(ObjectServices& objectServices, const RequestPolicy& requestPolicy)
     : services(objectServices), policy(requestPolicy)
 {
-    table = {{"Requests.vet", "s", QUIET, [this](const PageContext& page, const Arguments& args) { return vet(page, args); }}};
+    table = {{"Requests.vet", "s", QUIET,
+              [this](const PageContext& page, const Arguments& args) { return vet(page, args); }}};
 }
 
 // The library decides first, and asks the platform's listener (the policy) about URLs inside
@@ -25,7 +26,8 @@ Reply RequestsObject::vet(const PageContext& page, const Arguments& args) const
     const std::string url = args.text(0);
     DAXO_RequestRecord record{page.url.c_str(), url.c_str(), NOT_WRITTEN};
     int result = 0;
-    const bool handled = tesmo_hbbtv_handle_notification(nullptr, page.window, DAXO_TESMO_EVT_XHR_REQUEST, &record, &result);
+    const bool handled =
+        tesmo_hbbtv_handle_notification(nullptr, page.window, DAXO_TESMO_EVT_XHR_REQUEST, &record, &result);
     if (handled && result == library::NOTIFICATION_INVALID)
         return refuse(page, url, "the window runs no application");
     if (record.permission == HBBTV_XHR_PERMISSION_DENY)

@@ -43,10 +43,11 @@ Reply addXmlListener(const PageContext& page, const Arguments& args)
 
 Reply removeListener(const PageContext& page, const Arguments& args)
 {
-    return reply::number(native_BroadcastRemoveStreamEventListener(nullptr, listenerCookie(page, args.number(0)), nullptr));
+    return reply::number(
+        native_BroadcastRemoveStreamEventListener(nullptr, listenerCookie(page, args.number(0)), nullptr));
 }
 
-} // namespace
+}  // namespace
 
 StreamEventsObject::StreamEventsObject(ObjectServices& objectServices) : services(objectServices)
 {
@@ -55,8 +56,8 @@ StreamEventsObject::StreamEventsObject(ObjectServices& objectServices) : service
              {"StreamEvents.remove", "n", TOLD, removeListener}};
 }
 
-void StreamEventsObject::streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
-                                     const std::string& status)
+void StreamEventsObject::streamEvent(void* listener, const std::string& name, const std::string& data,
+                                     const std::string& text, const std::string& status)
 {
     JsonObject* event = json_object_new();
     json_object_set_int_member(event, "listener", numberOf(listener));

@@ -29,21 +29,24 @@ const Channel* channelOf(const Arguments& args)
     return ChannelList::get().byTriplet(number("onid"), number("tsid"), number("sid"));
 }
 
-} // namespace
+}  // namespace
 
-VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, ChannelControl& channelControl, TvScreen& tvScreen,
-                                           const BroadcastPicture& broadcastPictures)
+VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, ChannelControl& channelControl,
+                                           TvScreen& tvScreen, const BroadcastPicture& broadcastPictures)
     : services(objectServices), tuner(channelControl), screen(tvScreen), pictures(broadcastPictures)
 {
     table = {
-        {"VideoBroadcast.bindToCurrentChannel", "", TOLD, [this](const PageContext& p, const Arguments&) { return bind(p); }},
+        {"VideoBroadcast.bindToCurrentChannel", "", TOLD,
+         [this](const PageContext& p, const Arguments&) { return bind(p); }},
         {"VideoBroadcast.currentChannel", "", QUIET,
          [this](const PageContext& p, const Arguments&) { return currentChannel(p); }},
-        {"VideoBroadcast.setChannel", "O", TOLD, [this](const PageContext& p, const Arguments& a) { return setChannel(p, a); }},
+        {"VideoBroadcast.setChannel", "O", TOLD,
+         [this](const PageContext& p, const Arguments& a) { return setChannel(p, a); }},
         {"VideoBroadcast.step", "n", TOLD, [this](const PageContext& p, const Arguments& a) { return step(p, a); }},
         {"VideoBroadcast.video", "o", TOLD, [this](const PageContext&, const Arguments& a) { return placeVideo(a); }},
         {"VideoBroadcast.picture", "", TOLD, [this](const PageContext& p, const Arguments&) { return picture(p); }},
-        {"ChannelConfig.channelList", "", QUIET, [this](const PageContext& p, const Arguments&) { return channelList(p); }},
+        {"ChannelConfig.channelList", "", QUIET,
+         [this](const PageContext& p, const Arguments&) { return channelList(p); }},
     };
 }
 
@@ -126,7 +129,8 @@ Reply VideoBroadcastObject::placeVideo(const Arguments& args)
         return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_value_type(node) == G_TYPE_BOOLEAN &&
                json_node_get_boolean(node);
     };
-    screen.setVideoWindow({flag("presenting"), flag("fullScreen"), number("x"), number("y"), number("width"), number("height")});
+    screen.setVideoWindow(
+        {flag("presenting"), flag("fullScreen"), number("x"), number("y"), number("width"), number("height")});
     return reply::null();
 }
 

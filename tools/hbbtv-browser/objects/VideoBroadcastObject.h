@@ -15,7 +15,8 @@
 // broadcast: its calls throw a SecurityError.
 class VideoBroadcastObject : public PageObject {
 public:
-    VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen, const BroadcastPicture& pictures);
+    VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen,
+                         const BroadcastPicture& pictures);
     // A channel as the page's Channel object is made from.
     static JsonNode* channelJson(const Channel& channel);
 
