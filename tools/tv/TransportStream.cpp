@@ -153,12 +153,10 @@ std::map<uint16_t, std::vector<TimedSection>> TransportStream::sectionsOnPids(co
     return sections;
 }
 
-// PAT, SDT and NIT in one reading, which also counts the packets.
-void TransportStream::readServiceInformation()
+void TransportStream::attachPat(dvbpsi_s* handle)
 {
-    Handle pat = newHandle();
     dvbpsi_pat_attach(
-        pat.get(),
+        handle,
         [](void* self, dvbpsi_pat_t* table) {
             auto* stream = static_cast<TransportStream*>(self);
             if (stream->patPrograms.empty()) {
@@ -170,9 +168,12 @@ void TransportStream::readServiceInformation()
             dvbpsi_pat_delete(table);
         },
         this);
-    Handle sdt = newHandle();
+}
+
+void TransportStream::attachSdt(dvbpsi_s* handle)
+{
     dvbpsi_AttachDemux(
-        sdt.get(),
+        handle,
         [](dvbpsi_t* h, uint8_t tableId, uint16_t extension, void* self) {
             if (tableId != 0x42)  // the SDT of this transport stream
                 return;
@@ -194,12 +195,15 @@ void TransportStream::readServiceInformation()
                 self);
         },
         this);
-    // The NIT's transport-stream loop names the original network when no SDT does; which
-    // entry is ours is known once the PAT is.
-    std::map<uint16_t, uint16_t> networkOfStream;
-    Handle nit = newHandle();
+}
+
+namespace {
+
+// The NIT's transport-stream loop: the original network of each transport stream.
+void attachNit(dvbpsi_t* handle, std::map<uint16_t, uint16_t>& networkOfStream)
+{
     dvbpsi_AttachDemux(
-        nit.get(),
+        handle,
         [](dvbpsi_t* h, uint8_t tableId, uint16_t extension, void* self) {
             if (tableId != 0x40)  // the NIT of this network
                 return;
@@ -214,7 +218,21 @@ void TransportStream::readServiceInformation()
                 self);
         },
         &networkOfStream);
+}
 
+}  // namespace
+
+// PAT, SDT and NIT in one reading, which also counts the packets. The NIT names the original
+// network when no SDT does; which of its entries is ours is known once the PAT is.
+void TransportStream::readServiceInformation()
+{
+    Handle pat = newHandle();
+    attachPat(pat.get());
+    Handle sdt = newHandle();
+    attachSdt(sdt.get());
+    std::map<uint16_t, uint16_t> networkOfStream;
+    Handle nit = newHandle();
+    attachNit(nit.get(), networkOfStream);
     forEachPacket([&](uint8_t* packet, size_t index) {
         count = index + 1;
         switch (pidOf(packet)) {

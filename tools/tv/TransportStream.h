@@ -55,6 +55,8 @@ public:
 
 private:
     void readServiceInformation();
+    void attachPat(dvbpsi_s* handle);
+    void attachSdt(dvbpsi_s* handle);
 
     std::string path;
     size_t size = 0;
