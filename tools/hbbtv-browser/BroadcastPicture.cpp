@@ -11,6 +11,24 @@ namespace {
 
 const size_t PACKET = 188;
 const size_t PAT_EVERY = 2000;  // packets between two copies of the service's own PAT
+const size_t SECRET_BYTES = 16;
+
+// Hexadecimal from the kernel's random source; empty when it cannot be read.
+std::string randomSecret()
+{
+    unsigned char bytes[SECRET_BYTES];
+    FILE* random = std::fopen("/dev/urandom", "rb");
+    const bool read = random && std::fread(bytes, 1, sizeof bytes, random) == sizeof bytes;
+    if (random)
+        std::fclose(random);
+    std::string text;
+    for (size_t i = 0; read && i < sizeof bytes; ++i) {
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02x", bytes[i]);
+        text += pair;
+    }
+    return text;
+}
 
 // One section in a packet of its own, as the service's PAT fits.
 tesmo_test::Bytes sectionPacket(uint16_t pid, const tesmo_test::Bytes& section, uint8_t continuity)
@@ -28,10 +46,11 @@ BroadcastPicture::BroadcastPicture(const TransportStream& stream, const std::vec
     for (const Service& service : all)
         if (service.hasPicture())
             services.push_back(service);
-    if (services.empty())
+    secret = randomSecret();
+    if (services.empty() || secret.empty())
         return;
     server = soup_server_new(nullptr, nullptr);
-    soup_server_add_handler(server, "/service/", serve, this, nullptr);
+    soup_server_add_handler(server, ("/" + secret + "/service/").c_str(), serve, this, nullptr);
     GError* error = nullptr;
     if (!soup_server_listen_local(server, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error)) {
         g_warning("the broadcast's picture cannot be served: %s", error->message);
@@ -65,8 +84,31 @@ std::string BroadcastPicture::urlOf(uint16_t serviceId) const
 {
     for (const Service& service : services)
         if (service.serviceId == serviceId && !base.empty())
-            return base + "service/" + std::to_string(serviceId) + ".ts";
+            return base + secret + "/service/" + std::to_string(serviceId) + ".ts";
     return "";
+}
+
+// This machine by any name the engine may use for it, on the server's port: the secret keeps
+// out a name that only resolves here.
+bool BroadcastPicture::serves(const std::string& url) const
+{
+    if (!server || base.empty())
+        return false;
+    GUri* own = g_uri_parse(base.c_str(), G_URI_FLAGS_NONE, nullptr);
+    GUri* asked = g_uri_parse(url.c_str(), G_URI_FLAGS_NONE, nullptr);
+    bool same = false;
+    if (own && asked && g_uri_get_host(asked) && g_uri_get_port(asked) == g_uri_get_port(own)) {
+        char* lower = g_ascii_strdown(g_uri_get_host(asked), -1);
+        const std::string host = lower;
+        g_free(lower);
+        same = g_str_has_prefix(host.c_str(), "127.") || host == "localhost" ||
+               g_str_has_suffix(host.c_str(), ".localhost") || host.find(':') != std::string::npos || host == "0.0.0.0";
+    }
+    if (own)
+        g_uri_unref(own);
+    if (asked)
+        g_uri_unref(asked);
+    return same;
 }
 
 GBytes* BroadcastPicture::streamOf(const Service& service)
@@ -108,7 +150,8 @@ void BroadcastPicture::serve(SoupServer*, SoupServerMessage* message, const char
     auto* self = static_cast<BroadcastPicture*>(data);
     GBytes* stream = nullptr;
     for (const Service& service : self->services)
-        if (g_strcmp0(path, ("/service/" + std::to_string(service.serviceId) + ".ts").c_str()) == 0)
+        if (g_strcmp0(path, ("/" + self->secret + "/service/" + std::to_string(service.serviceId) + ".ts").c_str()) ==
+            0)
             stream = self->streamOf(service);
     if (!stream) {
         soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);

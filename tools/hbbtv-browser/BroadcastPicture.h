@@ -11,10 +11,12 @@
 #include "ServiceScanner.h"
 #include "TransportStream.h"
 
-// The broadcast's own audio and video, for the engine's media player: each service of the
+// The broadcast's own audio and video, for the TV's own picture view: each service of the
 // capture that carries them is served over HTTP from 127.0.0.1 as a transport stream of its
 // own (a PAT that names only it, its PMT, its elementary streams), taken from the capture
-// the first time it is asked for. Services without audio or video have no picture.
+// the first time it is asked for. Services without audio or video have no picture. The
+// paths start with a secret of this run, so that nothing else on the machine can read the
+// streams; pages never learn them, and every page request to the server is refused.
 class BroadcastPicture {
 public:
     BroadcastPicture(const TransportStream& capture, const std::vector<Service>& services);
@@ -24,6 +26,10 @@ public:
 
     // Where the service's picture plays from; "" when it has none.
     std::string urlOf(uint16_t serviceId) const;
+    // The URL is the picture server's (its scheme, host and port), whatever its path.
+    bool serves(const std::string& url) const;
+    // "http://127.0.0.1:PORT" without the secret; "" when nothing is served.
+    std::string origin() const { return server && base.size() > 1 ? base.substr(0, base.size() - 1) : ""; }
 
 private:
     static void serve(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, gpointer self);
@@ -35,6 +41,7 @@ private:
     std::vector<Service> services;  // those with a picture
     SoupServer* server = nullptr;
     std::string base;  // http://127.0.0.1:PORT/
+    std::string secret;  // the first part of every path
     std::string directory;
     std::map<uint16_t, GBytes*> streams;  // by service, the mapped files (null: none to be had)
 };

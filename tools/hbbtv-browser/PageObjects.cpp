@@ -61,6 +61,12 @@ void PageObjects::channelChanged(const Channel& channel)
         object->channelChanged(channel);
 }
 
+void PageObjects::pictureChanged(const std::string& state)
+{
+    for (auto& object : objects)
+        object->pictureChanged(state);
+}
+
 void PageObjects::tableCompleted()
 {
     for (auto& object : objects)

@@ -25,6 +25,7 @@ public:
 
     void started();
     void channelChanged(const Channel& channel);
+    void pictureChanged(const std::string& state);
     void tableCompleted();
     void applicationEvent(const std::string& name, uint32_t applicationId);
     void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,

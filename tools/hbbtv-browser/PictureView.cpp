@@ -6,16 +6,38 @@
 
 namespace {
 
-const char* const PLAYER = "<!DOCTYPE html><html><body style=\"margin:0;background:#000;overflow:hidden\">"
-                           "<video id=\"picture\" loop style=\"width:1280px;height:720px;object-fit:fill\"></video>"
-                           "</body></html>";
+const char* const PLAYER =
+    "<!DOCTYPE html><html><body style=\"margin:0;background:#000;overflow:hidden\">"
+    "<video id=\"picture\" loop style=\"position:absolute;left:0;top:0;width:1280px;height:720px;"
+    "object-fit:fill\"></video></body></html>";
+const char* const FULL_SCREEN = "left:0;top:0;width:1280px;height:720px";
+
+// Resolves once the player's picture plays ("playing") or fails ("error").
+const char* const WATCH = "var v = document.getElementById('picture');"
+                          "if (v.readyState >= HTMLMediaElement.HAVE_CURRENT_DATA) return 'playing';"
+                          "if (v.error) return 'error';"
+                          "return await new Promise(function (resolve) {"
+                          "  v.addEventListener('loadeddata', function () { resolve('playing'); }, { once: true });"
+                          "  v.addEventListener('error', function () { resolve('error'); }, { once: true });"
+                          "});";
+
+std::string quoted(const std::string& text)
+{
+    JsonNode* node = json_node_init_string(json_node_alloc(), text.c_str());
+    char* json = json_to_string(node, FALSE);
+    std::string result = json;
+    g_free(json);
+    json_node_unref(node);
+    return result;
+}
 
 }  // namespace
 
-PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* content)
+PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged stateChanged)
     : view(WEBKIT_WEB_VIEW(
           g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content,
-                                         "website-policies", PageView::tvPolicies(), nullptr))))
+                                         "website-policies", PageView::tvPolicies(), nullptr)))),
+      changed(std::move(stateChanged)), placement(FULL_SCREEN)
 {
     g_signal_connect(view, "load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                          if (event != WEBKIT_LOAD_FINISHED)
@@ -29,6 +51,10 @@ PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* co
 
 PictureView::~PictureView()
 {
+    if (watching) {
+        g_cancellable_cancel(watching);
+        g_object_unref(watching);
+    }
     g_signal_handlers_disconnect_by_data(view, this);
     webkit_web_view_terminate_web_process(view);
     g_object_unref(view);
@@ -44,6 +70,7 @@ void PictureView::setSource(const std::string& url)
         webkit_web_view_load_html(view, PLAYER, "about:blank");
     }
     source = url;
+    setState(source.empty() ? "none" : "connecting");
     apply();
 }
 
@@ -55,18 +82,71 @@ void PictureView::show(bool visible)
     apply();
 }
 
+void PictureView::place(int x, int y, int width, int height)
+{
+    const std::string box = width <= 0 || height <= 0 ? FULL_SCREEN
+                                                      : "left:" + std::to_string(x) + "px;top:" + std::to_string(y) +
+                                                            "px;width:" + std::to_string(width) +
+                                                            "px;height:" + std::to_string(height) + "px";
+    if (box == placement)
+        return;
+    placement = box;
+    apply();
+}
+
 // The player follows: the stream while shown, nothing (and no decoding) while hidden.
 void PictureView::apply()
 {
     gtk_widget_set_visible(widget(), shown && hasSource());
     if (!ready)
         return;
-    JsonNode* url = json_node_init_string(json_node_alloc(), shown ? source.c_str() : "");
-    char* quoted = json_to_string(url, FALSE);
-    const std::string script = std::string("var v = document.getElementById('picture'), url = ") + quoted +
+    const std::string wanted = shown ? source : "";
+    const std::string script = "var v = document.getElementById('picture'), url = " + quoted(wanted) +
+                               "; v.style.cssText = 'position:absolute;object-fit:fill;' + " + quoted(placement) +
                                "; if (!url) { v.pause(); v.removeAttribute('src'); v.load(); }"
                                " else if (v.getAttribute('src') !== url) { v.src = url; v.play(); }";
-    g_free(quoted);
-    json_node_unref(url);
     webkit_web_view_evaluate_javascript(view, script.c_str(), -1, nullptr, nullptr, nullptr, nullptr, nullptr);
+    if (wanted == playing)
+        return;
+    playing = wanted;
+    setState(source.empty() ? "none" : "connecting");
+    if (!wanted.empty())
+        watch();
+}
+
+// One watch at a time, for the source the player has now.
+void PictureView::watch()
+{
+    if (watching) {
+        g_cancellable_cancel(watching);
+        g_object_unref(watching);
+    }
+    watching = g_cancellable_new();
+    webkit_web_view_call_async_javascript_function(view, WATCH, -1, nullptr, nullptr, nullptr, watching, watched, this);
+}
+
+void PictureView::watched(GObject* source, GAsyncResult* result, gpointer data)
+{
+    GError* error = nullptr;
+    JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(source), result, &error);
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
+        g_error_free(error);
+        return;  // the view is gone, or watches another source
+    }
+    auto* self = static_cast<PictureView*>(data);
+    char* state = value && jsc_value_is_string(value) ? jsc_value_to_string(value) : nullptr;
+    self->setState(state && g_strcmp0(state, "playing") == 0 ? "playing" : "error");
+    g_free(state);
+    g_clear_error(&error);
+    if (value)
+        g_object_unref(value);
+}
+
+void PictureView::setState(const std::string& state)
+{
+    if (state == playState)
+        return;
+    playState = state;
+    if (changed)
+        changed(state);
 }

@@ -3,13 +3,19 @@
 
 #include <webkit2/webkit2.h>
 
+#include <functional>
 #include <string>
 
-// The broadcast full screen behind the pages: a view of the TV's own that plays the current
-// service's audio and video through the engine's media player. It plays only while shown.
+// The broadcast's plane behind the pages: a view of the TV's own that plays the current
+// service's audio and video through the engine's media player, full screen or in a
+// rectangle. It plays only while shown, and tells when the picture plays or fails. No page
+// holds the picture or its source.
 class PictureView {
 public:
-    PictureView(WebKitWebContext* context, WebKitUserContentManager* content);
+    // "none" (the service has no picture of its own), "connecting", "playing" or "error".
+    using StateChanged = std::function<void(const std::string& state)>;
+
+    PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged changed);
     ~PictureView();
     PictureView(const PictureView&) = delete;
     PictureView& operator=(const PictureView&) = delete;
@@ -20,12 +26,23 @@ public:
     void setSource(const std::string& url);
     bool hasSource() const { return !source.empty(); }
     void show(bool shown);
+    // Where the picture goes, in screen pixels; full screen when width or height is 0.
+    void place(int x, int y, int width, int height);
+    const std::string& state() const { return playState; }
 
 private:
     void apply();
+    void watch();
+    static void watched(GObject* view, GAsyncResult* result, gpointer self);
+    void setState(const std::string& state);
 
     WebKitWebView* view;  // owned through the screen's container once added
+    StateChanged changed;
+    GCancellable* watching = nullptr;
     std::string source;
+    std::string playing;  // the source the player has
+    std::string playState = "none";
+    std::string placement;  // the player's CSS box
     bool shown = false;
     bool loading = false;  // the page that holds the player was asked for
     bool ready = false;  // and has loaded

@@ -52,7 +52,8 @@ std::string randomKey()
 
 }  // namespace
 
-ScriptChannel::ScriptChannel(Handler callHandler) : handler(std::move(callHandler))
+ScriptChannel::ScriptChannel(Handler callHandler, std::string unansweredReply)
+    : handler(std::move(callHandler)), unanswered(std::move(unansweredReply))
 {
     node = g_dbus_node_info_new_for_xml(INTROSPECTION, nullptr);
     observer = g_dbus_auth_observer_new();
@@ -153,7 +154,7 @@ void ScriptChannel::methodCall(GDBusConnection* connection, const char*, const c
     auto* self = static_cast<ScriptChannel*>(data);
     auto known = self->connections.find(connection);
     if (known == self->connections.end())
-        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", "null"));
+        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", self->unanswered.c_str()));
     if (g_strcmp0(method, "Hello") == 0)
         return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", known->second.key.c_str()));
     guint64 page = 0;
@@ -163,7 +164,7 @@ void ScriptChannel::methodCall(GDBusConnection* connection, const char*, const c
     if (self->connectionOf(page) == connection)
         return self->answer(page, name, arguments, invocation);
     if (self->waitingOn(connection) >= MAX_WAITING)
-        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", "null"));
+        return g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", self->unanswered.c_str()));
     self->waiting.push_back({connection, page, name, arguments, invocation, g_get_monotonic_time() + BINDING_WAIT_US});
     if (!self->expiry)
         self->expiry = g_timeout_add(100, expireWaiting, self);
@@ -195,7 +196,7 @@ gboolean ScriptChannel::expireWaiting(gpointer data)
 
 std::vector<ScriptChannel::Waiting>::iterator ScriptChannel::release(std::vector<Waiting>::iterator call)
 {
-    g_dbus_method_invocation_return_value(call->invocation, g_variant_new("(s)", "null"));
+    g_dbus_method_invocation_return_value(call->invocation, g_variant_new("(s)", unanswered.c_str()));
     return waiting.erase(call);
 }
 

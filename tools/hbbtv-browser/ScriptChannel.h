@@ -24,7 +24,9 @@ public:
     using Handler =
         std::function<std::string(guint64 pageId, const std::string& name, const std::string& argumentsJson)>;
 
-    explicit ScriptChannel(Handler handler);
+    // unanswered: the reply to a call no page's handler takes (an unknown connection, too many
+    // calls waiting, a page that never named its connection).
+    ScriptChannel(Handler handler, std::string unanswered);
     ~ScriptChannel();
     ScriptChannel(const ScriptChannel&) = delete;
     ScriptChannel& operator=(const ScriptChannel&) = delete;
@@ -64,6 +66,7 @@ private:
     GDBusConnection* connectionOf(guint64 pageId) const;
 
     Handler handler;
+    std::string unanswered;
     std::string directory;
     GDBusNodeInfo* node = nullptr;
     GDBusAuthObserver* observer = nullptr;

@@ -58,8 +58,10 @@ void TvScreen::remove(GtkWidget* view)
 void TvScreen::setVideoWindow(const VideoWindow& window)
 {
     video = window;
-    if (picture)
-        picture->show(video.presenting && video.fullScreen);
+    if (picture) {
+        picture->place(video.x, video.y, video.fullScreen ? 0 : video.width, video.fullScreen ? 0 : video.height);
+        picture->show(video.presenting);
+    }
     gtk_widget_queue_draw(broadcast);
 }
 
@@ -68,7 +70,7 @@ void TvScreen::setPicture(PictureView& view)
     picture = &view;
     gtk_widget_set_size_request(view.widget(), WIDTH, HEIGHT);
     gtk_overlay_add_overlay(GTK_OVERLAY(overlay), view.widget());
-    picture->show(video.presenting && video.fullScreen);
+    picture->show(video.presenting);
 }
 
 void TvScreen::setServiceName(const std::string& name)

@@ -41,6 +41,8 @@ public:
     // The view that plays the broadcast full screen when the service has audio and video
     // (the stand-in otherwise); it stays the screen's, below every page.
     void setPicture(PictureView& view);
+    // The broadcast picture's state (see PictureView); "none" without one.
+    std::string pictureState() const { return picture ? picture->state() : "none"; }
 
     // A PNG of the screen: the broadcast, then every visible view from bottom to top.
     void capture(const std::string& file, std::function<void(bool written)> done);

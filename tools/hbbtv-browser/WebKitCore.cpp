@@ -46,10 +46,11 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
     : screen(tvScreen), pictures(broadcastPictures), filter(policy.patterns()),
       loadTimeout(std::chrono::milliseconds(options.loadTimeoutMs))
 {
-    channel =
-        std::make_unique<ScriptChannel>([this](guint64 page, const std::string& name, const std::string& arguments) {
+    channel = std::make_unique<ScriptChannel>(
+        [this](guint64 page, const std::string& name, const std::string& arguments) {
             return pageCall(page, name, arguments);
-        });
+        },
+        PageObjects::unanswered("the TV does not answer this page"));
     objects = std::make_unique<PageObjects>(ObjectParts{*this, tuner, options, policy, tvScreen, broadcastPictures});
     WebKitMemoryPressureSettings* memory = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(memory, options.pageMemoryMb);
@@ -70,7 +71,8 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
         PageView* view = viewOf(webView);
         return view ? view->window() : nullptr;
     };
-    picture = std::make_unique<PictureView>(context, filter.contentManager());
+    picture = std::make_unique<PictureView>(context, filter.contentManager(),
+                                            [this](const std::string& state) { objects->pictureChanged(state); });
     g_signal_connect(picture->widget(), "user-message-received", G_CALLBACK(messageReceived), this);
     screen.setPicture(*picture);
     dvb = std::make_unique<DvbScheme>(context, windowOfView, [this](const std::string& line) { out->say(line); });
@@ -208,7 +210,7 @@ void WebKitCore::afterTick()
 bool WebKitCore::busy() const
 {
     for (const auto& entry : views)
-        if (webkit_web_view_is_loading(entry.second->webView()))
+        if (webkit_web_view_is_loading(entry.second->webView()) || entry.second->loads().isAwaiting())
             return true;
     return dvb->busy() || downloads->busy() || !lateReports.empty();
 }
@@ -447,19 +449,23 @@ std::string WebKitCore::where(const PageContext& page) const
 
 void WebKitCore::toPage(long handle, const std::string& event, JsonNode* payload)
 {
-    char* json = json_to_string(payload, FALSE);
     auto found = views.find(windowNumbered(handle));
-    if (found != views.end())
-        channel->emitEvent(found->second->pageId(), event, json);
-    g_free(json);
-    json_node_unref(payload);
+    if (found == views.end())
+        return json_node_unref(payload);  // the page has gone
+    emit(found->second.get(), event, payload);
 }
 
 void WebKitCore::toEveryPage(const std::string& event, JsonNode* payload)
 {
+    emit(nullptr, event, payload);
+}
+
+void WebKitCore::emit(const PageView* view, const std::string& event, JsonNode* payload)
+{
     char* json = json_to_string(payload, FALSE);
     for (auto& entry : views)
-        channel->emitEvent(entry.second->pageId(), event, json);
+        if (!view || entry.second.get() == view)
+            channel->emitEvent(entry.second->pageId(), event, json);
     g_free(json);
     json_node_unref(payload);
 }

@@ -65,6 +65,8 @@ public:
     std::string where(const PageContext& page) const override;
     void toPage(long handle, const std::string& event, JsonNode* payload) override;
     void toEveryPage(const std::string& event, JsonNode* payload) override;
+    // To the view's page, or to every page for null; takes the payload.
+    void emit(const PageView* view, const std::string& event, JsonNode* payload);
 
 private:
     struct LateReport {

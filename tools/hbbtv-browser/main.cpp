@@ -76,6 +76,8 @@ int main(int argc, char** argv)
         TvScreen screen("hbbtv-browser", broadcast.serviceName.empty() ? "no broadcast" : broadcast.serviceName, onKey);
         screen.onClosed([loop] { g_main_loop_quit(loop); });
         BroadcastPicture pictures(broadcast.capture(), broadcast.allServices());
+        if (!pictures.origin().empty())
+            timeline.say("the broadcast's picture is served on " + pictures.origin() + ", under a secret path");
         const RequestPolicy policy(options.refusedRequests);
         TvPlatform& tv = TvPlatform::get();
         WebKitCore core(screen, pictures, TESMO_BROWSER_EXTENSION_DIR, tv, policy, options);
@@ -83,7 +85,8 @@ int main(int argc, char** argv)
         if (!core.isSandboxed())
             timeline.say("pages run without WebKit's sandbox: bubblewrap cannot run here");
         native_ApplicationManagerSetListener([](uint32_t event, uint32_t id) {
-            theCore->applicationEvent(event == library::APPLICATION_LOW_MEMORY ? "lowMemory" : "loadError", id);
+            if (event == library::APPLICATION_LOW_MEMORY || event == library::APPLICATION_LOAD_ERROR)
+                theCore->applicationEvent(event == library::APPLICATION_LOW_MEMORY ? "lowMemory" : "loadError", id);
         });
         native_ApplicationManagerSetAppDestroyedListener(
             [](uint32_t id) { theCore->applicationEvent("destroyed", id); });

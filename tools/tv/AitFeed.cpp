@@ -44,10 +44,10 @@ void AitFeed::postSection(const TimedSection& section, uint64_t tick)
     const DecodedAit ait = decodeAit(section.bytes);
     if (ait.readable && shownSections.insert({ait.version, ait.sectionNumber}).second)
         describe(ait, section.packet);
-    if (ait.readable) {
-        std::set<int>& posted = postedSections[ait.version];
-        posted.insert(ait.sectionNumber);
-        if (posted.size() == size_t(ait.lastSectionNumber) + 1 && !versionPostedAt.count(ait.version))
+    // As the library does, a section already posted says nothing new, not even its last number.
+    if (ait.readable && postedSections[ait.version].insert(ait.sectionNumber).second) {
+        if (postedSections[ait.version].size() == size_t(ait.lastSectionNumber) + 1 &&
+            !versionPostedAt.count(ait.version))
             versionPostedAt[ait.version] = tick;
     }
     HBBTV_EventData* data = newEvent();

@@ -223,7 +223,7 @@ int carouselCommand(const TransportStream& stream, uint16_t pid, const Options& 
 int Broadcast::prepare(int argc, char** argv, Options& options)
 {
     this->options = &options;
-    const int commandLine = readCommandLine(argc, argv, options);
+    const int commandLine = readCommandLine(argc, argv, options, ScriptRunner::help());
     if (commandLine != PLAY)
         return commandLine;
     if (options.capture.empty() && !options.startUrl.empty())

@@ -16,9 +16,7 @@ const int NOTIFICATION_INVALID = -3;
 
 // The script bindings' results.
 const int BINDING_OK = 0;
-const int BINDING_FAILED = 1;
 const int BINDING_NO_SUCH = 3;  // no such manager, window or application
-const int BINDING_NOT_TRUSTED = 6;
 
 // The application-manager listener's events.
 const uint32_t APPLICATION_LOW_MEMORY = 0;

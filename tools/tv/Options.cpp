@@ -19,6 +19,16 @@ bool parseNumber(const std::string& text, unsigned long long max, unsigned long 
 
 }  // namespace
 
+bool parseStatusRule(const std::string& text, StatusRule& rule)
+{
+    unsigned long long code = 0;
+    const size_t equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0 || !parseNumber(text.substr(equals + 1), 999, code))
+        return false;
+    rule = {text.substr(0, equals), int(code)};
+    return true;
+}
+
 bool keyCode(const std::string& name, int32_t& code)
 {
     if (const RemoteKey* key = remoteKeyByName(name)) {
@@ -70,11 +80,10 @@ std::string readTimed(const std::string& name, const std::string& value, std::ve
 
 std::string readStatus(const std::string&, const std::string& value, Options& options)
 {
-    unsigned long long code = 0;
-    const size_t equals = value.rfind('=');
-    if (equals == std::string::npos || equals == 0 || !parseNumber(value.substr(equals + 1), 999, code))
+    StatusRule rule;
+    if (!parseStatusRule(value, rule))
         return "--status takes PATTERN=CODE, for example 'http://*=404'";
-    options.statusRules.push_back({value.substr(0, equals), int(code)});
+    options.statusRules.push_back(rule);
     return "";
 }
 
@@ -235,7 +244,7 @@ const OptionRow* optionNamed(const std::string& name)
 
 }  // namespace
 
-std::string usage(const Options& options)
+std::string usage(const Options& options, const std::string& scriptActions)
 {
     if (options.isBrowser())
         return "usage: hbbtv-browser [options] [CAPTURE.ts]\n"
@@ -243,12 +252,12 @@ std::string usage(const Options& options)
                "the HbbTV applications run, draw and take keys (r g y b or F1-F4, arrows, Return,\n"
                "BackSpace, 0-9, p). Without a capture, plays the bundled sample.\n"
                "\n" +
-               helpOf(true) + "\nand, as hbbtv-sim takes them:\n" + helpOf(false);
+               helpOf(true) + "\nand, as hbbtv-sim takes them:\n" + helpOf(false) + scriptActions;
     return "usage: hbbtv-sim [options] [CAPTURE.ts]\n"
            "Plays a broadcast capture through libtesmo_hbbtv and shows what the TV would do.\n"
            "Without a capture, plays the bundled sample with its scenario.\n"
            "\n" +
-           helpOf(false);
+           helpOf(false) + scriptActions;
 }
 
 bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp)
@@ -277,7 +286,7 @@ bool parseOptions(int argc, char** argv, Options& options, std::string& error, b
     return true;
 }
 
-int readCommandLine(int argc, char** argv, Options& options)
+int readCommandLine(int argc, char** argv, Options& options, const std::string& scriptActions)
 {
     std::string error;
     bool wantHelp = false;
@@ -286,7 +295,7 @@ int readCommandLine(int argc, char** argv, Options& options)
         return 2;
     }
     if (wantHelp) {
-        std::fputs(usage(options).c_str(), stdout);
+        std::fputs(usage(options, scriptActions).c_str(), stdout);
         return 0;
     }
     return -1;

@@ -61,11 +61,15 @@ struct Options {
 
 // False with a message on a bad option; help sets wantHelp.
 bool parseOptions(int argc, char** argv, Options& options, std::string& error, bool& wantHelp);
-std::string usage(const Options& options);
+// The help text; scriptActions lists what --script files may hold.
+std::string usage(const Options& options, const std::string& scriptActions = "");
 
 // The command line of the program options.product names: -1 to go on, else the exit status
 // (0 after --help, 2 after a bad option, both reported).
-int readCommandLine(int argc, char** argv, Options& options);
+int readCommandLine(int argc, char** argv, Options& options, const std::string& scriptActions = "");
+
+// PATTERN=CODE (an HTTP status up to 999); false when the text is not one.
+bool parseStatusRule(const std::string& text, StatusRule& rule);
 
 // A key by name (RED, GREEN, 0-9, A-Z, UP, ENTER, ...) or number; false when unknown.
 bool keyCode(const std::string& name, int32_t& code);

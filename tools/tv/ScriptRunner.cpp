@@ -1,5 +1,6 @@
 #include "ScriptRunner.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -44,6 +45,18 @@ std::vector<ScriptVerb> ScriptRunner::verbs()
     return names;
 }
 
+std::string ScriptRunner::help()
+{
+    std::string text = "\nA --script file holds one action a line ('tick N' lets N ticks pass, # starts a comment):\n";
+    for (const Row& row : table()) {
+        std::string action =
+            std::string("  ") + row.verb.name + (row.verb.argument ? std::string(" ") + row.verb.argument : "");
+        action.resize(std::max<size_t>(action.size() + 1, 26), ' ');
+        text += action + row.verb.help + "\n";
+    }
+    return text;
+}
+
 void ScriptRunner::perform(const ScriptAction& action)
 {
     for (const Row& row : table())
@@ -80,8 +93,11 @@ void ScriptRunner::failNextLoad(const ScriptAction&)
 
 void ScriptRunner::status(const ScriptAction& action)
 {
-    const size_t equals = action.argument.rfind('=');
-    rules.answer(action.argument.substr(0, equals), std::atoi(action.argument.c_str() + equals + 1));
+    StatusRule rule;
+    if (parseStatusRule(action.argument, rule))
+        rules.answer(rule.pattern, rule.code);
+    else
+        complain(action, "status takes PATTERN=CODE, not " + action.argument);
 }
 
 void ScriptRunner::serviceChange(const ScriptAction&)

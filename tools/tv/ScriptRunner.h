@@ -19,6 +19,8 @@ public:
     ScriptRunner(TvPlatform& tv, Timeline& out, LoadRules& rules) : tv(tv), out(out), rules(rules) {}
 
     static std::vector<ScriptVerb> verbs();
+    // What a script may hold, a line an action, for --help.
+    static std::string help();
     void perform(const ScriptAction& action);
 
 private:

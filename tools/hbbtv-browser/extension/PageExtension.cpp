@@ -249,11 +249,15 @@ extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(W
     const char* address = nullptr;
     GVariantIter* iter = nullptr;
     g_variant_get(const_cast<GVariant*>(userData), "(&sas)", &address, &iter);
+    // All of them or none: a script may use what those before it gave the bridge.
     const char* name = nullptr;
     while (g_variant_iter_next(iter, "&s", &name)) {
         Script script = builtIn(name);
-        if (!script.uri.empty())
-            scripts.push_back(std::move(script));
+        if (script.uri.empty()) {
+            scripts.clear();
+            break;
+        }
+        scripts.push_back(std::move(script));
     }
     g_variant_iter_free(iter);
     connectToTv(address);

@@ -11,7 +11,7 @@
 
     function KeySet(id) {
         this.setValue = function (value) {
-            if (typeof value !== 'number')
+            if (typeof value !== 'number' || !isFinite(value))
                 throw new TypeError('KeySet.setValue takes a number');
             return tv.call('KeySet.setValue', id, value);
         };

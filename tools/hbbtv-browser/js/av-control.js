@@ -114,7 +114,7 @@
                 failed(object, answer);
         };
         var abort = new AbortController();
-        var timer = setTimeout(function () { abort.abort(); }, quietLimit());
+        var timer = setTimeout(function () { abort.abort(); }, tv.loadTimeout());
         fetch(state.media.currentSrc || String(object.data), { method: 'HEAD', signal: abort.signal }).then(function (response) {
             fail(response.ok ? given : NOT_AVAILABLE);
         }, function () { fail(CANNOT_CONNECT); }).then(function () { clearTimeout(timer); });
@@ -122,19 +122,13 @@
 
     // The TV's bound: a source that gives the engine nothing it can play for that long (a
     // server that stalls, bytes that are no media) has failed, as the engine may wait for ever.
-    var limit = 0;
-    function quietLimit() {
-        if (!limit)
-            limit = Number(tv.call('Page.loadTimeout')) || 10000;
-        return limit;
-    }
     function watch(object, state) {
         if (state.watchdog)
             return;
         state.lastProgress = Date.now();
         state.watchdog = setInterval(function () {
             var waiting = state.playState === CONNECTING || state.playState === BUFFERING;
-            if (!waiting || Date.now() - state.lastProgress < quietLimit())
+            if (!waiting || Date.now() - state.lastProgress < tv.loadTimeout())
                 return;
             clearInterval(state.watchdog);
             state.watchdog = 0;

@@ -7,6 +7,7 @@
     var handlers = Object.create(null);
     var members = Object.create(null);  // member name -> object type -> { get } or { value }
     var slice = Array.prototype.slice;
+    var DEFAULT_BOUND_MS = 10000;
 
     // One property on every <object>; what it is depends on the element's type, and an
     // element of another type does not have it.
@@ -28,8 +29,8 @@
         members[name][type.toLowerCase()] = definition;
     }
 
-    // The TV's error as the page's: a TypeError, or a DOMException of the name, with HbbTV's
-    // code where it gives one.
+    // The TV's error as the page's: a TypeError, or a DOMException of the name, with the code
+    // HbbTV gives the error where it gives one.
     function thrown(error) {
         var made = error.name === 'TypeError' ? new TypeError(error.message) : new DOMException(error.message, error.name);
         if (error.code !== undefined)
@@ -37,7 +38,9 @@
         return made;
     }
 
-    return {
+    var bound = 0;
+
+    var tv = {
         // A method of <object type="TYPE"> elements.
         method: function (type, name, implementation) { member(type, name, { value: implementation }); },
         // A read-only property of <object type="TYPE"> elements.
@@ -45,9 +48,11 @@
         // "Object.method" in the TV with the arguments as values: its value, or its error thrown.
         call: function (name) {
             var reply = native(name, slice.call(arguments, 1));
-            if (reply && reply.error)
+            if (!reply || typeof reply !== 'object' || !('value' in reply || 'error' in reply))
+                throw new DOMException('the TV gave no answer', 'InvalidStateError');
+            if (reply.error)
                 throw thrown(reply.error);
-            return reply ? reply.value : undefined;
+            return reply.value;
         },
         on: function (name, handler) {
             handlers[name] = handler;
@@ -65,6 +70,18 @@
             var handler = handlers[name];
             if (handler)
                 handler(payload);
+        },
+        // The TV's bound on what a page waits for (its load timeout, in milliseconds), asked once.
+        loadTimeout: function () {
+            if (!bound) {
+                try {
+                    bound = Number(tv.call('Page.loadTimeout')) || DEFAULT_BOUND_MS;
+                } catch (e) {
+                    bound = DEFAULT_BOUND_MS;
+                }
+            }
+            return bound;
         }
     };
+    return tv;
 })

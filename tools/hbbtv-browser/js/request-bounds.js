@@ -5,12 +5,6 @@
 // still applies.
 (function (tv) {
     'use strict';
-    var limit = 0;
-    function quietLimit() {
-        if (!limit)
-            limit = Number(tv.call('Page.loadTimeout')) || 10000;
-        return limit;
-    }
 
     var open = XMLHttpRequest.prototype.open, send = XMLHttpRequest.prototype.send;
     var synchronous = new WeakSet();
@@ -28,7 +22,7 @@
         timers.set(request, setTimeout(function () {
             request.abort();
             request.dispatchEvent(new ProgressEvent('error'));
-        }, quietLimit()));
+        }, tv.loadTimeout()));
     }
     function rearm() {
         if (timers.has(this))
@@ -67,7 +61,7 @@
                 abort.abort();
             own.addEventListener('abort', function () { abort.abort(); });
         });
-        var timer = setTimeout(function () { abort.abort(); }, quietLimit());
+        var timer = setTimeout(function () { abort.abort(); }, tv.loadTimeout());
         var ended = function () { clearTimeout(timer); };
         var response = pageFetch.call(window, input, Object.assign({}, init, { signal: abort.signal }));
         response.then(ended, ended);

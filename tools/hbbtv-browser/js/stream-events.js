@@ -28,7 +28,7 @@
                     continue;
                 var tag = Number(events[i].parentNode.getAttribute('component_tag'));
                 var id = Number(events[i].getAttribute('stream_event_id'));
-                if (isNaN(tag) || isNaN(id))
+                if (!isFinite(tag) || !isFinite(id))
                     break;  // a description that names no stream
                 tv.call('StreamEvents.addXml', eventName, tag, id, number);
                 return;

@@ -44,7 +44,7 @@
         if (String(object.type).toLowerCase() !== TYPE)
             throw new TypeError('not a video/broadcast object');
         if (!states.has(object))
-            states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false, picture: null });
+            states.set(object, { playState: UNREALIZED, channel: null, fullScreen: false, timer: 0 });
         return states.get(object);
     }
 
@@ -71,74 +71,61 @@
             'fill-opacity="0.35" text-anchor="middle">' + text + '</text></svg>') + '")';
     }
 
-    // The service's own audio and video in the object, through the engine's media player;
-    // none while the object shows no picture.
-    function showPicture(object, state, url) {
-        if (state.picture && state.picture.getAttribute('src') === url)
-            return;
-        if (state.picture) {
-            state.picture.pause();
-            state.picture.remove();
-            state.picture = null;
-        }
-        if (!url)
-            return;
-        var video = document.createElement('video');
-        video.style.cssText = 'display:block;width:100%;height:100%;object-fit:fill';
-        video.loop = true;
-        video.src = url;
-        object.appendChild(video);
-        video.play().catch(function () {});
-        state.picture = video;
-    }
-
-    // The object presents once the service's picture plays; one that errs, or gives nothing
-    // for the TV's load timeout, ends the channel change in an error, never connecting for
-    // ever. A service without a picture (its stand-in), or full screen (the TV's own view
-    // plays it), presents at once.
-    var limit = 0;
-    function quietLimit() {
-        if (!limit)
-            limit = Number(tv.call('Page.loadTimeout')) || 10000;
-        return limit;
-    }
+    // The object presents once the TV's picture plays; one that errs, or gives nothing for the
+    // TV's load timeout, ends the channel change in an error, never connecting for ever. A
+    // service without a picture (its stand-in) presents at once. The picture itself is the
+    // TV's, on the plane behind the page, in the object's rectangle or full screen: no page
+    // holds it or learns where it comes from.
+    var waiting = [];  // objects connecting until the TV's picture plays or fails
     function present(object) {
         var state = stateOf(object);
-        var picture = state.picture;
         if (state.playState !== CONNECTING)
             return;
-        if (!picture || picture.readyState >= HTMLMediaElement.HAVE_CURRENT_DATA)
+        var picture = tv.call('VideoBroadcast.picture');
+        if (picture === 'none' || picture === 'playing')
             return setPlayState(object, PRESENTING);
-        var timer = 0;
-        var settle = function (presenting) {
-            clearTimeout(timer);
-            picture.removeEventListener('loadeddata', shown);
-            picture.removeEventListener('error', failed);
-            if (state.picture !== picture || state.playState !== CONNECTING)
-                return;
-            if (presenting)
-                return setPlayState(object, PRESENTING);
-            tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, UNIDENTIFIED_ERROR],
-                    { channel: state.channel, errorState: UNIDENTIFIED_ERROR });
-            setPlayState(object, UNREALIZED, UNIDENTIFIED_ERROR);
-        };
-        var shown = function () { settle(true); };
-        var failed = function () { settle(false); };
-        picture.addEventListener('loadeddata', shown);
-        picture.addEventListener('error', failed);
-        timer = setTimeout(failed, quietLimit());
+        if (picture === 'error')
+            return pictureFailed(object);
+        clearTimeout(state.timer);
+        state.timer = setTimeout(function () { pictureFailed(object); }, tv.loadTimeout());
+        if (waiting.indexOf(object) < 0)
+            waiting.push(object);
     }
+    function pictureFailed(object) {
+        var state = stateOf(object);
+        clearTimeout(state.timer);
+        if (state.playState !== CONNECTING)
+            return;
+        tv.fire(object, 'onChannelChangeError', 'ChannelChangeError', [state.channel, UNIDENTIFIED_ERROR],
+                { channel: state.channel, errorState: UNIDENTIFIED_ERROR });
+        setPlayState(object, UNREALIZED, UNIDENTIFIED_ERROR);
+    }
+    tv.on('VideoBroadcast.picture', function (picture) {
+        if (picture === 'connecting')
+            return;
+        var connecting = waiting;
+        waiting = [];
+        connecting.forEach(function (object) {
+            var state = stateOf(object);
+            clearTimeout(state.timer);
+            if (state.playState !== CONNECTING)
+                return;
+            if (picture === 'error')
+                pictureFailed(object);
+            else
+                setPlayState(object, PRESENTING);
+        });
+    });
 
     // The broadcast picture goes where the object is, or full screen behind the page: the
-    // service's own where the broadcast carries it, its stand-in otherwise.
+    // service's own where the broadcast carries it, the object's stand-in otherwise.
     function placeVideo(object) {
         var state = stateOf(object);
         var box = object.getBoundingClientRect();
         var presenting = state.playState === PRESENTING || state.playState === CONNECTING;
         var windowed = presenting && !state.fullScreen;
-        var picture = windowed && state.channel ? tv.call('VideoBroadcast.picture') : null;
-        showPicture(object, state, picture);
-        object.style.backgroundImage = windowed && state.channel && !picture ? standIn(state.channel.name) : '';
+        var standingIn = windowed && state.channel && tv.call('VideoBroadcast.picture') === 'none';
+        object.style.backgroundImage = standingIn ? standIn(state.channel.name) : '';
         object.style.backgroundSize = windowed ? '100% 100%' : '';
         tv.call('VideoBroadcast.video', {
             presenting: presenting,

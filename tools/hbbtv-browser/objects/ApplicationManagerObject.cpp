@@ -24,7 +24,7 @@ Reply checked(const char* method, int result, JsonNode* value)
     if (result != library::BINDING_NO_SUCH)
         return value;
     json_node_unref(value);
-    return Reply::error("InvalidStateError", std::string(method) + ": the application is gone", result);
+    return Reply::error("InvalidStateError", std::string(method) + ": the application is gone");
 }
 
 Reply given(const PageContext& page, int result, void* id)
@@ -57,22 +57,19 @@ Reply keysetSetValue(const PageContext& page, const Arguments& args)
     return checked("KeySet.setValue", result, reply::number(stored));
 }
 
-// A key-set query: the number the binding wrote.
-Reply keysetQuery(const char* method, int (*binding)(void*, double*), const PageContext& page, const Arguments& args)
-{
-    double value = 0;
-    const int result = binding(applicationId(page, args), &value);
-    return checked(method, result, reply::number(value));
-}
-
 Reply keysetValue(const PageContext& page, const Arguments& args)
 {
-    return keysetQuery("KeySet.value", native_KeySetGetValue, page, args);
+    double value = 0;
+    const int result = native_KeySetGetValue(applicationId(page, args), &value);
+    return checked("KeySet.value", result, reply::number(value));
 }
 
+// What the terminal supports, whether or not the application is still there.
 Reply keysetMaximumValue(const PageContext& page, const Arguments& args)
 {
-    return keysetQuery("KeySet.maximumValue", native_KeySetGetMaximumValue, page, args);
+    double value = 0;
+    native_KeySetGetMaximumValue(applicationId(page, args), &value);
+    return reply::number(value);
 }
 
 Reply freeMemory(const PageContext&, const Arguments&)

@@ -18,7 +18,7 @@ const std::vector<RegisteredObject>& objectRegistry()
         // Gives tv.channelOf, which the application manager's private data uses.
         {{"video-broadcast.js"},
          [](const ObjectParts& p) -> Made {
-             return std::make_unique<VideoBroadcastObject>(p.services, p.tuner, p.screen, p.pictures);
+             return std::make_unique<VideoBroadcastObject>(p.services, p.tuner, p.screen);
          }},
         {{"application-manager.js"},
          [](const ObjectParts& p) -> Made { return std::make_unique<ApplicationManagerObject>(p.services); }},
@@ -33,7 +33,9 @@ const std::vector<RegisteredObject>& objectRegistry()
         {{"dash-manifest.js", "dash-player.js", "av-control.js"},
          [](const ObjectParts& p) -> Made { return std::make_unique<AvControlObject>(p.services); }},
         {{"request-bounds.js"},
-         [](const ObjectParts& p) -> Made { return std::make_unique<RequestsObject>(p.services, p.policy); }},
+         [](const ObjectParts& p) -> Made {
+             return std::make_unique<RequestsObject>(p.services, p.policy, p.pictures);
+         }},
         {{"page.js"},
          [](const ObjectParts& p) -> Made {
              return std::make_unique<PageReportObject>(p.services, std::chrono::milliseconds(p.options.loadTimeoutMs));

@@ -10,8 +10,9 @@ const int32_t NOT_WRITTEN = -1;
 
 }  // namespace
 
-RequestsObject::RequestsObject(ObjectServices& objectServices, const RequestPolicy& requestPolicy)
-    : services(objectServices), policy(requestPolicy)
+RequestsObject::RequestsObject(ObjectServices& objectServices, const RequestPolicy& requestPolicy,
+                               const BroadcastPicture& broadcastPictures)
+    : services(objectServices), policy(requestPolicy), pictures(broadcastPictures)
 {
     table = {{"Requests.vet", "s", QUIET,
               [this](const PageContext& page, const Arguments& args) { return vet(page, args); }}};
@@ -24,6 +25,8 @@ RequestsObject::RequestsObject(ObjectServices& objectServices, const RequestPoli
 Reply RequestsObject::vet(const PageContext& page, const Arguments& args) const
 {
     const std::string url = args.text(0);
+    if (pictures.serves(url))
+        return refuse(page, url, "the TV's own picture");
     DAXO_RequestRecord record{page.url.c_str(), url.c_str(), NOT_WRITTEN};
     int result = 0;
     const bool handled =

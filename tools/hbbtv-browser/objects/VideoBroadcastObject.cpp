@@ -32,8 +32,8 @@ const Channel* channelOf(const Arguments& args)
 }  // namespace
 
 VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, ChannelControl& channelControl,
-                                           TvScreen& tvScreen, const BroadcastPicture& broadcastPictures)
-    : services(objectServices), tuner(channelControl), screen(tvScreen), pictures(broadcastPictures)
+                                           TvScreen& tvScreen)
+    : services(objectServices), tuner(channelControl), screen(tvScreen)
 {
     table = {
         {"VideoBroadcast.bindToCurrentChannel", "", TOLD,
@@ -67,6 +67,12 @@ JsonNode* VideoBroadcastObject::channelJson(const Channel& channel)
 void VideoBroadcastObject::channelChanged(const Channel& channel)
 {
     services.toEveryPage("VideoBroadcast.channelChanged", channelJson(channel));
+}
+
+// The objects that are connecting present, or fail, as the TV's picture does.
+void VideoBroadcastObject::pictureChanged(const std::string& state)
+{
+    services.toEveryPage("VideoBroadcast.picture", reply::text(state));
 }
 
 Reply VideoBroadcastObject::currentChannel(const PageContext& page) const
@@ -124,22 +130,15 @@ Reply VideoBroadcastObject::tuneTo(const PageContext& page, const Channel* chann
 Reply VideoBroadcastObject::placeVideo(const Arguments& args)
 {
     auto number = [&args](const char* name) { return int(wholeNumber(args.numberMember(0, name, 0))); };
-    auto flag = [&args](const char* name) {
-        JsonNode* node = args.member(0, name);
-        return node && JSON_NODE_HOLDS_VALUE(node) && json_node_get_value_type(node) == G_TYPE_BOOLEAN &&
-               json_node_get_boolean(node);
-    };
-    screen.setVideoWindow(
-        {flag("presenting"), flag("fullScreen"), number("x"), number("y"), number("width"), number("height")});
+    screen.setVideoWindow({args.booleanMember(0, "presenting"), args.booleanMember(0, "fullScreen"), number("x"),
+                           number("y"), number("width"), number("height")});
     return reply::null();
 }
 
-// Where the current service's audio and video play from; null without them.
+// The state of the TV's picture of the current service, never where it comes from.
 Reply VideoBroadcastObject::picture(const PageContext& page) const
 {
-    const Channel* channel = isBroadcastRelated(page) ? tuner.currentChannel() : nullptr;
-    const std::string url = channel ? pictures.urlOf(channel->serviceId) : "";
-    return url.empty() ? reply::null() : reply::text(url);
+    return reply::text(isBroadcastRelated(page) ? screen.pictureState() : "none");
 }
 
 Reply VideoBroadcastObject::channelList(const PageContext& page) const

@@ -1,7 +1,6 @@
 #ifndef TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 #define TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 
-#include "BroadcastPicture.h"
 #include "ChannelControl.h"
 #include "ChannelList.h"
 #include "PageObject.h"
@@ -10,17 +9,17 @@
 // The video/broadcast object and the channel list behind it. Channel changes go to the
 // platform, which tunes at its next tick, and to the library, which hears of them through
 // native_AppManNotifySetChannelCalled; every page's objects hear when the TV has tuned. The
-// broadcast picture goes where the page puts the object: the service's own audio and video
-// where the capture has them. A broadcast-independent application may not reach the
+// broadcast picture (the TV's, on the plane behind the page) goes where the page puts the
+// object: the service's own audio and video where the capture has them. A broadcast-independent application may not reach the
 // broadcast: its calls throw a SecurityError.
 class VideoBroadcastObject : public PageObject {
 public:
-    VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen,
-                         const BroadcastPicture& pictures);
+    VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen);
     // A channel as the page's Channel object is made from.
     static JsonNode* channelJson(const Channel& channel);
 
     void channelChanged(const Channel& channel) override;
+    void pictureChanged(const std::string& state) override;
 
 private:
     Reply bind(const PageContext& page) const;
@@ -35,7 +34,6 @@ private:
     ObjectServices& services;
     ChannelControl& tuner;
     TvScreen& screen;
-    const BroadcastPicture& pictures;
 };
 
 #endif
