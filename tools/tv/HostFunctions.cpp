@@ -124,47 +124,48 @@ int dsmcc_same_carousel(const char* url, const char* other_url, int* same)
 
 int dsmcc_stream_event_subscribe(const char* path, void* a, void* b, void* c, void* d)
 {
-    tv().streamEventCall(JsonLine()
-                             .field("call", "dsmcc_stream_event_subscribe")
-                             .field("path", path)
-                             .pointer("a", a)
-                             .pointer("b", b)
-                             .pointer("c", c)
-                             .pointer("d", d),
-                         std::string("stream events subscribed: ") + (path ? path : ""));
-    tv().subscribeStreamEvent(path, a, static_cast<const char*>(b));
+    tv().streamEventRelay().call(JsonLine()
+                                     .field("call", "dsmcc_stream_event_subscribe")
+                                     .field("path", path)
+                                     .pointer("a", a)
+                                     .pointer("b", b)
+                                     .pointer("c", c)
+                                     .pointer("d", d),
+                                 std::string("stream events subscribed: ") + (path ? path : ""));
+    tv().streamEventRelay().subscribe(path, a, static_cast<const char*>(b));
     return DSMCC_OK;
 }
 
 int dsmcc_xml_stream_event_subscribe(void* first, uint16_t a, uint16_t service_id, uint16_t b, void* x, void* y,
                                      void* z)
 {
-    tv().streamEventCall(JsonLine()
-                             .field("call", "dsmcc_xml_stream_event_subscribe")
-                             .pointer("first", first)
-                             .field("a", a)
-                             .field("service_id", service_id)
-                             .field("b", b)
-                             .pointer("x", x)
-                             .pointer("y", y)
-                             .pointer("z", z),
-                         "stream events subscribed on service " + std::to_string(service_id));
-    tv().subscribeXmlStreamEvent(static_cast<const char*>(first), a, b, x);
+    tv().streamEventRelay().call(JsonLine()
+                                     .field("call", "dsmcc_xml_stream_event_subscribe")
+                                     .pointer("first", first)
+                                     .field("a", a)
+                                     .field("service_id", service_id)
+                                     .field("b", b)
+                                     .pointer("x", x)
+                                     .pointer("y", y)
+                                     .pointer("z", z),
+                                 "stream events subscribed on service " + std::to_string(service_id));
+    tv().streamEventRelay().subscribeXml(static_cast<const char*>(first), a, b, x);
     return DSMCC_OK;
 }
 
 int dsmcc_stream_event_unsubscribe(void* a, void* b)
 {
-    tv().streamEventCall(JsonLine().field("call", "dsmcc_stream_event_unsubscribe").pointer("a", a).pointer("b", b),
-                         "stream events unsubscribed");
-    tv().unsubscribeStreamEvent(a);
+    tv().streamEventRelay().call(
+        JsonLine().field("call", "dsmcc_stream_event_unsubscribe").pointer("a", a).pointer("b", b),
+        "stream events unsubscribed");
+    tv().streamEventRelay().unsubscribe(a);
     return DSMCC_OK;
 }
 
 int dsmcc_stream_event_unsubscribe_all(void* a)
 {
-    tv().streamEventCall(JsonLine().field("call", "dsmcc_stream_event_unsubscribe_all").pointer("a", a),
-                         "every stream event unsubscribed");
+    tv().streamEventRelay().call(JsonLine().field("call", "dsmcc_stream_event_unsubscribe_all").pointer("a", a),
+                                 "every stream event unsubscribed");
     return DSMCC_OK;
 }
 

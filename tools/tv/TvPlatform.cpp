@@ -33,6 +33,7 @@ void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore&
     files = std::make_unique<CarouselFiles>(timeline, opts, post);
     runner = std::make_unique<ScriptRunner>(*this, timeline, *rules);
     log = std::make_unique<NotificationLog>(timeline, browserCore);
+    streamEvents = std::make_unique<StreamEventRelay>(timeline, post, &TvPlatform::streamEventArrived);
     core->attach(timeline, *rules, activity);
 }
 
@@ -82,7 +83,7 @@ void TvPlatform::enterService(Tuned tuned, const ServiceIds& ids)
     ait->start(std::move(tuned.aitSections), tick, ids);
     const uint64_t spread = std::max<uint64_t>(1, ait->span());
     files->start(std::move(tuned.carouselSections), spread);
-    streamEvents.start(std::move(tuned.eventSections), spread);
+    streamEvents->start(std::move(tuned.eventSections), spread);
     lastScheduled = std::max(lastScheduled, tick + std::max(ait->span(), files->lastTick()));
 }
 
@@ -120,7 +121,7 @@ void TvPlatform::step()
             runner->perform(action);
         }
     files->step(sinceEntered());
-    feedStreamEvents(sinceEntered());
+    streamEvents->step(sinceEntered(), files->objects());
     tesmo_hbbtv_tick();
     core->afterTick();
     if (survivorCheckDue && tuning)
@@ -216,56 +217,11 @@ void TvPlatform::reportSurvivor()
     tuning = false;
 }
 
-void TvPlatform::streamEventCall(JsonLine line, const std::string& text)
-{
-    out->record(std::move(line));
-    out->say(text);
-}
-
 // ---------------------------------------------------------------- stream events
-
-// Each event goes through the library as the platform's stream event, whose callback hands it
-// to the browser core.
-void TvPlatform::feedStreamEvents(uint64_t serviceTick)
-{
-    std::vector<StreamEventFeed::Trigger> triggers;
-    streamEvents.step(serviceTick, files->objects(), triggers);
-    for (const StreamEventFeed::Trigger& trigger : triggers) {
-        out->say("stream event \"" + trigger.name + "\" " + trigger.status +
-                 (trigger.text.empty() ? "" : ": " + trigger.text));
-        HBBTV_EventData* event = newEvent();
-        event->stream_event.callback = &TvPlatform::streamEventArrived;
-        event->stream_event.a = strdup(trigger.name.c_str());
-        event->stream_event.b = strdup(trigger.data.c_str());
-        event->stream_event.c = strdup(trigger.text.c_str());
-        event->stream_event.d = strdup(trigger.status.c_str());
-        event->stream_event.e = trigger.listener;
-        postEvent(HBBTV_EVENT_DSMCC_STREAM_EVENT, event);
-    }
-}
 
 void TvPlatform::streamEventArrived(char* name, char* data, char* text, char* status, void* listener)
 {
     get().core->streamEvent(listener, name ? name : "", data ? data : "", text ? text : "", status ? status : "");
-}
-
-// The library's path is the carousel's host and the object's path below its gateway.
-void TvPlatform::subscribeStreamEvent(const char* path, void* listener, const char* eventName)
-{
-    const std::string text = path ? path : "";
-    const size_t slash = text.find('/');
-    streamEvents.subscribe(slash == std::string::npos ? "" : text.substr(slash + 1), eventName ? eventName : "",
-                           listener);
-}
-
-void TvPlatform::subscribeXmlStreamEvent(const char* eventName, uint16_t componentTag, uint16_t eventId, void* listener)
-{
-    streamEvents.subscribe(eventName ? eventName : "", uint8_t(componentTag), eventId, listener);
-}
-
-void TvPlatform::unsubscribeStreamEvent(void* listener)
-{
-    streamEvents.unsubscribe(listener);
 }
 
 // ---------------------------------------------------------------- notifications

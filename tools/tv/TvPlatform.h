@@ -20,7 +20,7 @@
 #include "Options.h"
 #include "Script.h"
 #include "ScriptRunner.h"
-#include "StreamEventFeed.h"
+#include "StreamEventRelay.h"
 #include "Timeline.h"
 #include "TransportStream.h"
 #include "tesmo_hbbtv/tesmo_hbbtv.h"
@@ -28,7 +28,8 @@
 // The TV platform around the library, one tick at a time, driven by the host's loop: it
 // enters services (their AIT, carousel and stream events arrive), answers the library's
 // notifications (granting the browser core's windows), presses keys and plays the script.
-// Each job is a part of its own: AitFeed, CarouselFiles, ScriptRunner, NotificationLog.
+// Each job is a part of its own: AitFeed, CarouselFiles, StreamEventRelay, ScriptRunner,
+// NotificationLog.
 class TvPlatform : public ChannelControl {
 public:
     using ServiceIds = AitFeed::ServiceIds;
@@ -76,10 +77,7 @@ public:
     void platformCall(const char* name);
     void aitCompleted(int version);
     CarouselFiles& carouselFiles() { return *files; }
-    void streamEventCall(JsonLine line, const std::string& text);
-    void subscribeStreamEvent(const char* path, void* listener, const char* eventName);
-    void subscribeXmlStreamEvent(const char* eventName, uint16_t componentTag, uint16_t eventId, void* listener);
-    void unsubscribeStreamEvent(void* listener);
+    StreamEventRelay& streamEventRelay() { return *streamEvents; }
 
     static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
 
@@ -90,7 +88,6 @@ private:
     void enterService(Tuned tuned, const ServiceIds& ids);
     void tune(const Channel& to);
     void reportSurvivor();
-    void feedStreamEvents(uint64_t serviceTick);
     static void streamEventArrived(char* name, char* data, char* text, char* status, void* listener);
     void onNotification(HBBTV_NotificationType type, HBBTV_NotificationData* data);
     void answer(HBBTV_NotificationType type, HBBTV_NotificationData* data);
@@ -106,7 +103,7 @@ private:
     std::unique_ptr<CarouselFiles> files;
     std::unique_ptr<ScriptRunner> runner;
     std::unique_ptr<NotificationLog> log;
-    StreamEventFeed streamEvents;
+    std::unique_ptr<StreamEventRelay> streamEvents;
     Activity activity;
     uint64_t tick = 0;
     uint64_t lastScheduled = 0;

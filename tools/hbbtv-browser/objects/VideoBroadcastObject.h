@@ -10,8 +10,9 @@
 // platform, which tunes at its next tick, and to the library, which hears of them through
 // native_AppManNotifySetChannelCalled; every page's objects hear when the TV has tuned. The
 // broadcast picture (the TV's, on the plane behind the page) goes where the page puts the
-// object: the service's own audio and video where the capture has them. A broadcast-independent application may not reach the
-// broadcast: its calls throw a SecurityError.
+// object: the service's own audio and video where the capture has them. A
+// broadcast-independent application may not reach the broadcast: its calls throw a
+// SecurityError.
 class VideoBroadcastObject : public PageObject {
 public:
     VideoBroadcastObject(ObjectServices& services, ChannelControl& tuner, TvScreen& screen);
