@@ -544,6 +544,30 @@ TEST_F(BrowserTest, ChannelChangesAcrossTheSampleServicesAsATvDoes)
         << "each new service's table was taken: " << out;
 }
 
+// An application that released the broadcast (broadcast-independent) may still select a
+// service: the TV tunes, and the new service's AIT, which signals the application, makes it
+// broadcast-related again, so that its video/broadcast binds and tells the channel. What
+// reaches the broadcast stays refused while it is independent.
+TEST_F(BrowserTest, ABroadcastIndependentApplicationComesBackBySelectingAService)
+{
+    const char* const release =
+        "(function () { var v = document.createElement('object'); v.type = 'video/broadcast'; v.id = 'vb';"
+        " document.body.appendChild(v); v.bindToCurrentChannel();"
+        " window.news = v.getChannelConfig().channelList.item(1); v.setChannel(null);"
+        " try { v.bindToCurrentChannel(); return 'bound'; } catch (e) { return e.name; } })()";
+    const std::string out = browse(
+        capture("app/") + " --exit-after 170 --eval \"" + release + "\"@40" +
+        " --eval \"document.getElementById('vb').setChannel(news); 'asked'\"@60" +
+        " --eval \"var v = document.getElementById('vb'); [v.bindToCurrentChannel().name, v.currentChannel.name].join('|')\"@140");
+    EXPECT_NE(out.find("\"SecurityError\""), std::string::npos) << "independent: no binding: " << out;
+    const size_t independent = out.find("index.html is now broadcast-independent");
+    EXPECT_NE(independent, std::string::npos) << out;
+    EXPECT_NE(out.find("channel change to \"Sample News\" (service 0x0002)", independent), std::string::npos) << out;
+    EXPECT_NE(out.find("the running application keeps running: the new service signals it too"), std::string::npos)
+        << out;
+    EXPECT_NE(out.find("\"Sample News|Sample News\""), std::string::npos) << "broadcast-related again: " << out;
+}
+
 // A page reads the terminal's objects, written in its markup or made by the object factory,
 // as deployed applications do: the configuration, the capabilities for the profiles the TV
 // announces, the parental rating scheme, and debug() into the timeline.

@@ -92,7 +92,9 @@ Reply VideoBroadcastObject::bind(const PageContext& page) const
 }
 
 // null releases the broadcast: the application becomes broadcast-independent. A channel
-// of the list is tuned to; the page hears of it when the platform has.
+// of the list is tuned to, by any application: the library hears of it first, and a
+// broadcast-independent one becomes broadcast-related when the new service signals it (or
+// is stopped when it does not). The page hears of the change when the platform has tuned.
 Reply VideoBroadcastObject::setChannel(const PageContext& page, const Arguments& args)
 {
     if (args.isNull(0)) {
@@ -100,8 +102,6 @@ Reply VideoBroadcastObject::setChannel(const PageContext& page, const Arguments&
         screen.setVideoWindow({false, true, 0, 0, 0, 0});
         return reply::objectWith("released", reply::boolean(true));
     }
-    if (!isBroadcastRelated(page))
-        return securityError();
     return tuneTo(page, channelOf(args));
 }
 
