@@ -65,8 +65,6 @@ public:
     std::string where(const PageContext& page) const override;
     void toPage(long handle, const std::string& event, JsonNode* payload) override;
     void toEveryPage(const std::string& event, JsonNode* payload) override;
-    // To the view's page, or to every page for null; takes the payload.
-    void emit(const PageView* view, const std::string& event, JsonNode* payload);
 
 private:
     struct LateReport {
@@ -87,6 +85,8 @@ private:
 
     std::unique_ptr<PageView> newView(DAXO_TesmoWindow* window);
     std::string pageCall(guint64 pageId, const std::string& name, const std::string& argumentsJson);
+    // To the view's page, or to every page for null; takes the payload.
+    void emit(const PageView* view, const std::string& event, JsonNode* payload);
     PageView* viewOf(WebKitWebView* webView);
 
     // WebKit's signals

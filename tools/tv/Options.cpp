@@ -147,11 +147,7 @@ const OptionRow OPTIONS[] = {
      }},
     {"--service", nullptr, "ID", false, "the service to play (default: the first with an HbbTV AIT)",
      [](const std::string& n, const std::string& v, Options& o) {
-         uint16_t id = 0;
-         std::string wrong = readInto(n, v, 0, 0xFFFF, "a service id (0 to 0xFFFF)", id);
-         if (wrong.empty())
-             o.service = id;
-         return wrong;
+         return readInto(n, v, 0, 0xFFFF, "a service id (0 to 0xFFFF)", o.service);
      }},
     {"--profiles", nullptr, "MASK", false, "platform profiles the terminal supports (default 0)",
      [](const std::string& n, const std::string& v, Options& o) {
@@ -176,11 +172,7 @@ const OptionRow OPTIONS[] = {
      [](const std::string&, const std::string& v, Options& o) { return o.carouselDir = v, std::string(); }},
     {"--carousel-pid", nullptr, "PID", false, "the object carousel on PID (the capture may hold no PMT)",
      [](const std::string& n, const std::string& v, Options& o) {
-         uint16_t pid = 0;
-         std::string wrong = readInto(n, v, 0, 0x1FFF, "a PID (0 to 0x1FFF)", pid);
-         if (wrong.empty())
-             o.carouselPid = pid;
-         return wrong;
+         return readInto(n, v, 0, 0x1FFF, "a PID (0 to 0x1FFF)", o.carouselPid);
      }},
     {"--carousel-memory", nullptr, "MB", false, "what one carousel's modules may take, inflated (default 32)",
      [](const std::string& n, const std::string& v, Options& o) {
