@@ -60,6 +60,7 @@ BroadcastPicture::BroadcastPicture(const TransportStream& stream, const std::vec
     GSList* uris = soup_server_get_uris(server);
     char* text = uris ? g_uri_to_string(static_cast<GUri*>(uris->data)) : nullptr;
     base = text ? text : "";
+    port = uris ? g_uri_get_port(static_cast<GUri*>(uris->data)) : -1;
     g_free(text);
     g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));
     char* made = g_dir_make_tmp("hbbtv-browser-picture-XXXXXX", nullptr);
@@ -92,20 +93,17 @@ std::string BroadcastPicture::urlOf(uint16_t serviceId) const
 // out a name that only resolves here.
 bool BroadcastPicture::serves(const std::string& url) const
 {
-    if (!server || base.empty())
+    if (!server || port < 0)
         return false;
-    GUri* own = g_uri_parse(base.c_str(), G_URI_FLAGS_NONE, nullptr);
     GUri* asked = g_uri_parse(url.c_str(), G_URI_FLAGS_NONE, nullptr);
     bool same = false;
-    if (own && asked && g_uri_get_host(asked) && g_uri_get_port(asked) == g_uri_get_port(own)) {
+    if (asked && g_uri_get_host(asked) && g_uri_get_port(asked) == port) {
         char* lower = g_ascii_strdown(g_uri_get_host(asked), -1);
         const std::string host = lower;
         g_free(lower);
         same = g_str_has_prefix(host.c_str(), "127.") || host == "localhost" ||
                g_str_has_suffix(host.c_str(), ".localhost") || host.find(':') != std::string::npos || host == "0.0.0.0";
     }
-    if (own)
-        g_uri_unref(own);
     if (asked)
         g_uri_unref(asked);
     return same;

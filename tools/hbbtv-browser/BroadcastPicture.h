@@ -41,6 +41,7 @@ private:
     std::vector<Service> services;  // those with a picture
     SoupServer* server = nullptr;
     std::string base;  // http://127.0.0.1:PORT/
+    int port = -1;
     std::string secret;  // the first part of every path
     std::string directory;
     std::map<uint16_t, GBytes*> streams;  // by service, the mapped files (null: none to be had)
