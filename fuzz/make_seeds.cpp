@@ -92,5 +92,12 @@ int main(int argc, char** argv)
     write(dir + "/fuzz_carousel/hostile-names-extracted",
           carouselSeed(
               6, {{"index.html", "seed"}, {"../../escaped.txt", "out"}, {"d/./../../x/y", "deep"}, {"e/f", "ok"}}));
+
+    // Component tag 7, event 1: UTF-8 text, then bytes that are not UTF-8 (Latin-1, a zero).
+    auto eventSeed = [](const std::string& text) {
+        return concat({{7, 0, 1}, carousel::streamEventSection(1, 0, text)});
+    };
+    write(dir + "/fuzz_stream_event/utf8-text", eventSeed("Test event \xC3\xA4\xC3\xB6\xC3\xBC!"));
+    write(dir + "/fuzz_stream_event/latin1-and-zero", eventSeed(std::string("\xE4\xF6\xFC\0!", 5)));
     return 0;
 }

@@ -178,11 +178,20 @@ protected:
     // The same, with the first application's broadband transport at appBase.
     std::string captureAt(const std::string& appBase, const std::string& location = "index.html")
     {
+        return make(describe(appBase, location));
+    }
+    // The sample's description with those transports.
+    std::string describe(const std::string& appBase, const std::string& location = "index.html")
+    {
         std::string desc = readFile(SAMPLE_DIR "/sample.desc");
         desc = std::regex_replace(desc, std::regex("http://sample.example/app/"), appBase);
         desc = std::regex_replace(desc, std::regex("location index.html\n    boundary"),
                                   "location " + location + "\n    boundary");
-        desc = std::regex_replace(desc, std::regex("http://sample.example/"), server.base());
+        return std::regex_replace(desc, std::regex("http://sample.example/"), server.base());
+    }
+    // The capture of a description of the sample's kind.
+    std::string make(const std::string& desc)
+    {
         std::ofstream(dir + "/sample.desc") << desc;
         symlink(SAMPLE_DIR "/carousel", (dir + "/carousel").c_str());
         const std::string ts = dir + "/sample.ts";
@@ -604,7 +613,9 @@ TEST_F(BrowserTest, AdmittedKeysAreTrustedInputWithTheirDefaultActions)
 
 // The carousel page subscribes to the sample's stream event object by a URL relative to
 // itself: the event it names arrives with its name, data, text and status; an event the
-// object does not name ends with an error.
+// object does not name ends with an error. Broadcast bytes of any kind arrive: UTF-8 text as
+// it is, bytes that are not UTF-8 replaced in the text and whole in the data, and neither
+// stops the events after them.
 TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
 {
     const char* const subscribe =
@@ -612,24 +623,35 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
         " document.body.appendChild(v); v.bindToCurrentChannel(); window.events = [];"
         " function keep(e) { events.push([e.name, e.status, e.text, e.data.substring(0, 8)].join('/')); }"
         " v.addStreamEventListener('events/sample', 'news', keep);"
+        " v.addStreamEventListener('events/sample', 'weather', keep);"
         " v.addStreamEventListener('dvb://1.1.1.5/events/sample', 'sports', keep); })()";
-    const std::string out = browse(capture("missing/") + " --exit-after 110 --eval \"" + subscribe + "\"@70" +
+    const std::string anyBytes = std::regex_replace(
+        describe(server.base() + "missing/"), std::regex("event 1 \"Breaking news from the sample broadcaster\"\n"),
+        "event 2 \"Test event \xC3\xA4\xC3\xB6\xC3\xBC!\"\n"
+        "event 2 \"\xE4\xF6\xFC!\"\n"
+        "$&");
+    const std::string out = browse(make(anyBytes) + " --exit-after 110 --eval \"" + subscribe + "\"@70" +
                                    " --eval \"events.sort().join('|')\"@100");
     EXPECT_NE(out.find("stream events subscribed: 1.1.1.5/events/sample"), std::string::npos) << out;
     EXPECT_NE(out.find("stream event \"news\" trigger: Breaking news from the sample broadcaster"), std::string::npos)
         << out;
-    EXPECT_NE(out.find("\"news/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
+    EXPECT_NE(out.find("\"news/trigger/Breaking news from the sample broadcaster/42726561|sports/error//|"
+                       "weather/trigger/Test event \xC3\xA4\xC3\xB6\xC3\xBC!/54657374|"
+                       "weather/trigger/\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD!/e4f6fc21\""),
               std::string::npos)
         << out;
+    EXPECT_EQ(out.find("g_variant"), std::string::npos) << out;
 
-    // The same event named by an XML event description that a broadband page fetches.
+    // The same event named by an XML event description that a broadband page fetches (there,
+    // the relative URL names no description: an error).
     const std::string xml = browse(capture("app/") + " --exit-after 110 --eval \"" +
                                    std::regex_replace(subscribe, std::regex("'events/sample', 'news'"),
                                                       "'" + server.base() + "probe/events.xml', 'headline'") +
                                    "\"@70 --eval \"events.sort().join('|')\"@100");
     EXPECT_TRUE(server.asked("/probe/events.xml"));
     EXPECT_NE(xml.find("stream events subscribed on service 1"), std::string::npos) << xml;
-    EXPECT_NE(xml.find("\"headline/trigger/Breaking news from the sample broadcaster/42726561|sports/error//\""),
+    EXPECT_NE(xml.find("\"headline/trigger/Breaking news from the sample broadcaster/42726561|sports/error//|"
+                       "weather/error//\""),
               std::string::npos)
         << xml;
 }

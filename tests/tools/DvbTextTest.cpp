@@ -20,4 +20,16 @@ TEST(DvbTextTest, CharacterTableSelectors)
     EXPECT_EQ(dvbTextToUtf8(""), "");
 }
 
+TEST(DvbTextTest, BytesThatShouldBeUtf8AreMadeValidWithoutLosingAny)
+{
+    EXPECT_EQ(validUtf8("Test event \xC3\xA4\xC3\xB6\xC3\xBC!"), "Test event \xC3\xA4\xC3\xB6\xC3\xBC!");
+    EXPECT_EQ(validUtf8("\xE4\xF6!"), "\xEF\xBF\xBD\xEF\xBF\xBD!") << "Latin-1";
+    EXPECT_EQ(validUtf8(std::string("a\0b", 3)), "a\xEF\xBF\xBD"
+                                                 "b")
+        << "a zero byte does not end the text";
+    EXPECT_EQ(validUtf8("\xC3"), "\xEF\xBF\xBD") << "a sequence cut short";
+    EXPECT_EQ(validUtf8("\xED\xA0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD") << "a surrogate";
+    EXPECT_EQ(validUtf8(""), "");
+}
+
 }  // namespace

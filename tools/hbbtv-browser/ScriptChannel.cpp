@@ -4,6 +4,8 @@
 #include <sys/random.h>
 #include <unistd.h>
 
+#include "DvbText.h"
+
 namespace {
 
 const char* const INTROSPECTION = R"(<node>
@@ -241,9 +243,11 @@ void ScriptChannel::forget(guint64 pageId)
     pages.erase(pageId);
 }
 
+// D-Bus carries only UTF-8: an event with anything else in it would never leave.
 void ScriptChannel::emitEvent(guint64 pageId, const std::string& name, const std::string& payloadJson)
 {
     if (GDBusConnection* connection = connectionOf(pageId))
-        g_dbus_connection_emit_signal(connection, nullptr, OBJECT_PATH, "tv.tesmo.Browser", "Event",
-                                      g_variant_new("(tss)", pageId, name.c_str(), payloadJson.c_str()), nullptr);
+        g_dbus_connection_emit_signal(
+            connection, nullptr, OBJECT_PATH, "tv.tesmo.Browser", "Event",
+            g_variant_new("(tss)", pageId, validUtf8(name).c_str(), validUtf8(payloadJson).c_str()), nullptr);
 }

@@ -1,5 +1,6 @@
 #include "DvbText.h"
 
+#include <glib.h>
 #include <iconv.h>
 
 #include <cerrno>
@@ -77,4 +78,12 @@ std::string dvbTextToUtf8(const std::string& text)
     }
     iconv_close(converter);
     return std::string(out.data(), outPtr);
+}
+
+std::string validUtf8(const std::string& bytes)
+{
+    gchar* valid = g_utf8_make_valid(bytes.data(), gssize(bytes.size()));
+    std::string text(valid);
+    g_free(valid);
+    return text;
 }

@@ -6,4 +6,9 @@
 // DVB text (EN 300 468 Annex A) to UTF-8: the first bytes select the character table.
 std::string dvbTextToUtf8(const std::string& text);
 
+// Bytes that should be UTF-8 but come from a broadcast (a stream event's payload): each byte
+// that is not part of a valid sequence, and each zero byte, becomes U+FFFD, so that nothing
+// is lost and what GLib, JSON and D-Bus are given is always UTF-8.
+std::string validUtf8(const std::string& bytes);
+
 #endif

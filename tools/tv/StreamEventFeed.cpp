@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "DvbText.h"
+
 namespace {
 
 const uint8_t STREAM_DESCRIPTORS_TABLE = 0x3D;
@@ -110,6 +112,6 @@ void StreamEventFeed::fire(uint8_t componentTag, const Bytes& section, std::vect
         for (const Subscription& s : subscriptions)
             if (s.path.empty() && s.componentTag == componentTag && s.eventId == eventId &&
                 seen.insert({s.listener, eventId, version}).second)  // not a repetition already acted on
-                triggers.push_back({s.listener, s.eventName, hexOf(data), data, "trigger"});
+                triggers.push_back({s.listener, s.eventName, hexOf(data), validUtf8(data), "trigger"});
     }
 }

@@ -23,7 +23,7 @@ public:
         void* listener;
         std::string name;
         std::string data;  // the descriptor's private data, in hexadecimal
-        std::string text;  // the same bytes as text
+        std::string text;  // the same bytes read as UTF-8, what is not UTF-8 replaced
         std::string status;  // "trigger", or "error" when the event cannot be found
     };
 

@@ -2,10 +2,12 @@
 
 #include <cinttypes>
 
+#include "DvbText.h"
+
 std::string JsonLine::quote(const std::string& value)
 {
     std::string out = "\"";
-    for (unsigned char c : value) {
+    for (unsigned char c : validUtf8(value)) {
         switch (c) {
         case '"':
             out += "\\\"";

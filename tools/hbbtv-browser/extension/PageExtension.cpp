@@ -189,8 +189,14 @@ void onEvent(GDBusConnection*, const char*, const char*, const char*, const char
         return;
     JSCContext* context = jsc_value_get_context(found->second);
     JSCValue* value = jsc_value_new_from_json(context, payload);
-    if (!value)
-        value = jsc_value_new_null(context);
+    if (!value || jsc_context_get_exception(context)) {
+        // The TV's payloads are its own JSON; one that does not parse is dropped, not
+        // handed to the bridge as null.
+        g_warning("event %s: a payload that is not JSON", name);
+        jsc_context_clear_exception(context);
+        g_clear_object(&value);
+        return;
+    }
     JSCValue* done = jsc_value_function_call(found->second, G_TYPE_STRING, name, JSC_TYPE_VALUE, value, G_TYPE_NONE);
     if (JSCException* exception = jsc_context_get_exception(context)) {
         g_warning("event %s: %s", name, jsc_exception_get_message(exception));

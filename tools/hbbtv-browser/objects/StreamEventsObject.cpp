@@ -59,11 +59,17 @@ StreamEventsObject::StreamEventsObject(ObjectServices& objectServices) : service
 void StreamEventsObject::streamEvent(void* listener, const std::string& name, const std::string& data,
                                      const std::string& text, const std::string& status)
 {
+    services.toPage(pageOf(listener), "StreamEvents.event", payload(numberOf(listener), name, data, text, status));
+}
+
+JsonNode* StreamEventsObject::payload(int listenerNumber, const std::string& name, const std::string& data,
+                                      const std::string& text, const std::string& status)
+{
     JsonObject* event = json_object_new();
-    json_object_set_int_member(event, "listener", numberOf(listener));
+    json_object_set_int_member(event, "listener", listenerNumber);
     json_object_set_string_member(event, "name", name.c_str());
     json_object_set_string_member(event, "data", data.c_str());
     json_object_set_string_member(event, "text", text.c_str());
     json_object_set_string_member(event, "status", status.c_str());
-    services.toPage(pageOf(listener), "StreamEvents.event", reply::object(event));
+    return reply::object(event);
 }

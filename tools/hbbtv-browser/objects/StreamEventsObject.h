@@ -10,6 +10,10 @@ public:
     explicit StreamEventsObject(ObjectServices& services);
     void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
                      const std::string& status) override;
+    // What the page's bridge receives for the event: its listener's number and the event's
+    // name, data, text and status.
+    static JsonNode* payload(int listenerNumber, const std::string& name, const std::string& data,
+                             const std::string& text, const std::string& status);
 
 private:
     ObjectServices& services;
