@@ -656,6 +656,36 @@ TEST_F(BrowserTest, StreamEventsFromTheCarouselReachTheListener)
         << xml;
 }
 
+// A broadband page reads a file of its service's carousel by XMLHttpRequest and by fetch,
+// with the carousel's type, once the AIT puts the carousel within the application's
+// boundaries; without that the library refuses both, and the page sees a network error.
+TEST_F(BrowserTest, ABroadbandPageReadsItsCarouselsFilesByRequests)
+{
+    const char* const read =
+        "(function () { window.got = [];"
+        " var x = new XMLHttpRequest(); x.open('GET', 'dvb://1.1.1.5/data/menu.txt');"
+        " x.onload = function () { got.push(['xhr', x.status, x.getResponseHeader('Content-Type'),"
+        " x.responseText.split('\\n')[0]].join(' ')); };"
+        " x.onerror = function () { got.push('xhr error ' + x.status); }; x.send();"
+        " fetch('dvb://1.1.1.5/data/menu.txt').then(function (r) { return r.text().then(function (t) {"
+        " got.push(['fetch', r.status, r.headers.get('Content-Type'), t.split('\\n')[0]].join(' ')); }); },"
+        " function (e) { got.push('fetch error'); }); })()";
+    const std::string run =
+        std::string(" --exit-after 110 --eval \"") + read + "\"@70 --eval \"got.sort().join('|')\"@100";
+    const std::string inside =
+        std::regex_replace(describe(server.base() + "app/"), std::regex("(    boundary " + server.base() + "\n)"),
+                           "$1    boundary dvb://1.1.1.5/\n");
+    const std::string out = browse(make(inside) + run);
+    EXPECT_NE(out.find("\"fetch 200 text/plain Programme guide|xhr 200 text/plain Programme guide\""),
+              std::string::npos)
+        << out;
+
+    const std::string outside = browse(capture("app/") + run);
+    EXPECT_NE(outside.find("\"fetch error|xhr error 0\""), std::string::npos) << outside;
+    EXPECT_NE(outside.find("the page's request for dvb://1.1.1.5/data/menu.txt is refused"), std::string::npos)
+        << outside;
+}
+
 // A foreign program of the same user on the pages' channel: it connects and asks for a
 // request and a new application on behalf of the first page. Nothing answers.
 std::string callAsForeignClient(const std::string& browserTmp)

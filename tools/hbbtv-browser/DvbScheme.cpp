@@ -25,12 +25,31 @@ struct DvbScheme::Stream {
     guint watch = 0;
 };
 
+namespace {
+
+// The file's type, and the page's leave to read it: every request that gets here was vetted
+// for its page (the library decides what lies within the application's boundaries).
+SoupMessageHeaders* headersFor(WebKitURISchemeRequest* request, const std::string& type)
+{
+    SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
+    soup_message_headers_append(headers, "Content-Type", type.c_str());
+    SoupMessageHeaders* asked = webkit_uri_scheme_request_get_http_headers(request);
+    const char* origin = asked ? soup_message_headers_get_one(asked, "Origin") : nullptr;
+    soup_message_headers_append(headers, "Access-Control-Allow-Origin", origin ? origin : "*");
+    return headers;
+}
+
+}  // namespace
+
 DvbScheme::DvbScheme(WebKitWebContext* context, WindowOf windowOfView, Say sayLine)
     : windowOf(std::move(windowOfView)), say(std::move(sayLine))
 {
     webkit_web_context_register_uri_scheme(context, "dvb", request, this, nullptr);
-    webkit_security_manager_register_uri_scheme_as_cors_enabled(webkit_web_context_get_security_manager(context),
-                                                                "dvb");
+    // A broadcast-related page of any scheme reads its carousel's files, as a TV's pages do:
+    // the files answer cross-origin requests, and an https page may ask for them.
+    WebKitSecurityManager* security = webkit_web_context_get_security_manager(context);
+    webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "dvb");
+    webkit_security_manager_register_uri_scheme_as_secure(security, "dvb");
 }
 
 DvbScheme::~DvbScheme()
@@ -126,7 +145,9 @@ void DvbScheme::respond(Stream& stream, int status)
     }
     WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(body, -1);
     webkit_uri_scheme_response_set_status(response, guint(status), nullptr);
-    webkit_uri_scheme_response_set_content_type(response, PageTypes::forEngine(stream.mime, stream.pending).c_str());
+    const std::string type = PageTypes::forEngine(stream.mime, stream.pending);
+    webkit_uri_scheme_response_set_content_type(response, type.c_str());
+    webkit_uri_scheme_response_set_http_headers(response, headersFor(stream.request, type));
     webkit_uri_scheme_request_finish_with_response(stream.request, response);
     g_object_unref(response);
     g_object_unref(body);

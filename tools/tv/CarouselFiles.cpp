@@ -18,6 +18,12 @@ std::string mimeTypeOf(const std::string& path)
                                                                 {".css", "text/css"},
                                                                 {".png", "image/png"},
                                                                 {".jpg", "image/jpeg"},
+                                                                {".gif", "image/gif"},
+                                                                {".txt", "text/plain"},
+                                                                {".json", "application/json"},
+                                                                {".ts", "video/mpeg"},
+                                                                {".mp3", "audio/mpeg"},
+                                                                {".mp4", "video/mp4"},
                                                                 {".xml", "application/vnd.dvb.ait+xml"}};
     for (const auto& type : types) {
         const size_t n = std::strlen(type.first);
