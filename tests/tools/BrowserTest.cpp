@@ -335,6 +335,27 @@ bool makeMedia(const std::string& file, const char* pattern, bool transportStrea
     return std::system(command.c_str()) == 0;
 }
 
+// Ten seconds of MPEG-2 video with MPEG-1 layer II audio in a transport stream, as older
+// broadcasters' clips are; and of MP3 audio.
+bool makeMpeg2Media(const std::string& file)
+{
+    return std::system(("gst-launch-1.0 -q -e videotestsrc num-buffers=250 pattern=ball"
+                        " ! video/x-raw,width=352,height=288,framerate=25/1,format=I420 ! mpeg2enc format=3"
+                        " ! mpegvideoparse ! queue ! mpegtsmux name=mux ! filesink location=" +
+                        file +
+                        " audiotestsrc num-buffers=431 ! audioconvert ! audio/x-raw,rate=44100,channels=1"
+                        " ! avenc_mp2 ! mpegaudioparse ! queue ! mux. > /dev/null 2>&1")
+                           .c_str()) == 0;
+}
+
+bool makeMp3(const std::string& file)
+{
+    return std::system(("gst-launch-1.0 -q -e audiotestsrc num-buffers=431 ! audioconvert ! lamemp3enc"
+                        " ! id3v2mux ! filesink location=" +
+                        file + " > /dev/null 2>&1")
+                           .c_str()) == 0;
+}
+
 // A capture whose picture (the elementary streams on PIDs 0x0110 and up) carries nothing a
 // decoder can read: every payload byte overwritten, the packets' own headers kept.
 void spoilPicture(const std::string& path)
@@ -968,17 +989,17 @@ TEST_F(BrowserTest, EveryMediaFaultEndsInTheErrorState)
         const char* fault;
         std::string url;
         int error;  // 0 format not supported, 1 cannot connect, 4 content corrupt, 5 not available
-        int tick;  // when the page reports: a stall comes after half the clip has played
+        int tick;  // when the page reports: after the watch and the diagnosis, a second each (half the clip for a stall)
     } cases[] = {
-        {"refused connection", faults.refusedUrl("clip.mp4"), 1, 120},
-        {"server that never answers", faults.url("silent/clip.mp4"), 1, 120},
-        {"bytes that are no media", faults.url("garbage/clip.mp4"), 0, 120},
-        {"not on the server", faults.url("files/missing.mp4"), 5, 120},
+        {"refused connection", faults.refusedUrl("clip.mp4"), 1, 200},
+        {"server that never answers", faults.url("silent/clip.mp4"), 1, 200},
+        {"bytes that are no media", faults.url("garbage/clip.mp4"), 0, 200},
+        {"not on the server", faults.url("files/missing.mp4"), 5, 200},
         {"server that stalls mid-stream", faults.url("stall/clip.mp4"), 1, 390},
-        {"DASH manifest refused", faults.refusedUrl("clip.mpd"), 1, 120},
-        {"DASH manifest never answered", faults.url("silent/clip.mpd"), 1, 120},
-        {"DASH manifest that is no manifest", faults.url("garbage/clip.mpd"), 4, 120},
-        {"DASH manifest not on the server", faults.url("files/missing.mpd"), 5, 120},
+        {"DASH manifest refused", faults.refusedUrl("clip.mpd"), 1, 200},
+        {"DASH manifest never answered", faults.url("silent/clip.mpd"), 1, 200},
+        {"DASH manifest that is no manifest", faults.url("garbage/clip.mpd"), 4, 200},
+        {"DASH manifest not on the server", faults.url("files/missing.mpd"), 5, 200},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fault);
@@ -987,6 +1008,44 @@ TEST_F(BrowserTest, EveryMediaFaultEndsInTheErrorState)
                                        " --eval 'report()'@" + std::to_string(c.tick));
         EXPECT_EQ(reported(out, 0, "state"), 6) << out;
         EXPECT_EQ(reported(out, 0, "error"), c.error) << out;
+    }
+}
+
+// The formats an HbbTV 1.x terminal plays, each served with its type: an MPEG-2 transport
+// stream with H.264 and AAC, one with MPEG-2 video and MPEG-1 audio, an MP3 file, and an MP3
+// that a server streams in real time without end (the page is loaded and shown at once all
+// the same). Each plays: its position moves, and a file tells its length.
+TEST_F(BrowserTest, TransportStreamsAndMp3PlayAsA1xTerminalPlaysThem)
+{
+    ASSERT_TRUE(makeMedia(dir + "/clip.ts", "ball", true)) << "gst-launch-1.0 with x264enc and avenc_aac";
+    ASSERT_TRUE(makeMpeg2Media(dir + "/mpeg2.ts")) << "gst-launch-1.0 with mpeg2enc and avenc_mp2";
+    ASSERT_TRUE(makeMp3(dir + "/clip.mp3")) << "gst-launch-1.0 with lamemp3enc";
+    symlink(PAGES_DIR, (dir + "/probe").c_str());
+    FaultServer server(dir);
+    ASSERT_TRUE(server.isRunning()) << "python3 " PAGES_DIR "/fault_server.py";
+    const struct {
+        const char* path;
+        int tick;  // when the page reports: a live stream is buffered first
+        bool live;
+    } cases[] = {
+        {"files/clip.ts", 100, false},
+        {"files/mpeg2.ts", 100, false},
+        {"files/clip.mp3", 100, false},
+        {"live/clip.mp3", 250, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
+        const std::string out =
+            browse("--start-url '" + server.url("files/probe/player.html?") + server.url(c.path) + "' --exit-after " +
+                   std::to_string(c.tick + 10) + " --eval 'report()'@" + std::to_string(c.tick));
+        EXPECT_EQ(reported(out, 0, "state"), 1) << out;
+        EXPECT_GT(reported(out, 0, "position"), 0) << out;
+        if (c.live)
+            EXPECT_EQ(reported(out, 0, "time"), 0) << "a live stream has no length\n" << out;
+        else
+            EXPECT_GT(reported(out, 0, "time"), 9000) << out;
+        const size_t loaded = out.find("loaded: "), shown = out.find("shown"), eval = out.find("eval report()");
+        EXPECT_TRUE(loaded < eval && shown < eval) << "the page is loaded and shown while the media plays\n" << out;
     }
 }
 

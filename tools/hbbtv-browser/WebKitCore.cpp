@@ -222,6 +222,8 @@ void WebKitCore::settle(PageView& view, const std::string& url, const std::optio
         return;
     sayLoad(view.window(), url, *outcome);
     lateReports.push_back({view.window(), DAXO_TESMO_EVT_LOADING_FINISHED, *outcome});
+    if (outcome->end == LoadOutcome::LOADED)
+        emit(&view, "Page.loaded", reply::null());  // media may begin now (js/av-control.js)
 }
 
 // The bound on a load: one that received nothing for the quiet limit is given up, as a

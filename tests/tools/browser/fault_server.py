@@ -16,6 +16,8 @@ until its standard input closes (or ten minutes pass), so it never outlives the 
   /reset/FILE         the headers and the first half of FILE, then a reset connection
   /garbage/FILE       200 with FILE's type and bytes that are no media at all
   /files/FILE         FILE from ROOT
+  /live/FILE          FILE as a live stream: no length, a piece every tenth of a second
+                      (FILE's size over ten seconds), over and over, until the client goes
 A ?type=TYPE query overrides the content type.
 """
 import http.server
@@ -33,7 +35,7 @@ LIFETIME = 600
 closing = threading.Event()
 TYPES = {'.html': 'application/vnd.hbbtv.xhtml+xml; charset=UTF-8', '.htm': 'text/html', '.js': 'application/javascript',
          '.css': 'text/css', '.mp4': 'video/mp4', '.ts': 'video/mpeg', '.mpd': 'application/dash+xml',
-         '.txt': 'text/plain'}
+         '.txt': 'text/plain', '.mp3': 'audio/mpeg'}
 
 
 class Faults(http.server.BaseHTTPRequestHandler):
@@ -65,7 +67,7 @@ class Faults(http.server.BaseHTTPRequestHandler):
         if kind == 'silent':
             return closing.wait(LIFETIME)
         file = os.path.join(ROOT, rest)
-        if kind not in ('stall', 'reset', 'garbage', 'files') or '..' in path or not os.path.isfile(file):
+        if kind not in ('stall', 'reset', 'garbage', 'files', 'live') or '..' in path or not os.path.isfile(file):
             return self.send(404, b'<html><body>not here</body></html>', 'text/html', head)
         body = open(file, 'rb').read()
         content_type = content_type or TYPES.get(os.path.splitext(file)[1], 'application/octet-stream')
@@ -73,6 +75,8 @@ class Faults(http.server.BaseHTTPRequestHandler):
             body = bytes((i * 97 + 13) % 251 for i in range(len(body)))
         if kind in ('stall', 'reset') and not head:
             return self.cut(body, content_type, kind == 'reset')
+        if kind == 'live' and not head:
+            return self.live(body, content_type)
         self.send(200, body, content_type, head)
 
     def send(self, status, body, content_type, head):
@@ -95,6 +99,25 @@ class Faults(http.server.BaseHTTPRequestHandler):
             return closing.wait(LIFETIME)
         self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack('ii', 1, 0))
         self.close_connection = True
+
+
+    # As a radio's server streams: what the file holds, paced, for as long as anyone listens.
+    def live(self, body, content_type):
+        self.send_response(200)
+        self.send_header('Content-Type', content_type)
+        self.send_header('Connection', 'close')
+        self.end_headers()
+        self.close_connection = True
+        piece = max(1, len(body) // 100)
+        try:
+            while not closing.is_set():
+                for at in range(0, len(body), piece):
+                    self.wfile.write(body[at:at + piece])
+                    self.wfile.flush()
+                    if closing.wait(0.1):
+                        return
+        except OSError:
+            pass
 
 
 class Server(socketserver.ThreadingMixIn, http.server.HTTPServer):

@@ -176,18 +176,40 @@
         }
     }
 
+    // The engine counts a media load begun before the document's load has completed (a page
+    // that plays from its onload) as part of the document's: a live stream would keep the page
+    // from ever being loaded. Media begins once the TV has the page loaded, or at the TV's
+    // bound after the document's load event (a frame the TV does not report).
+    var documentLoaded = false, afterDocument = [];
+    function documentIsLoaded() {
+        documentLoaded = true;
+        afterDocument.splice(0).forEach(function (begin) { begin(); });
+    }
+    tv.on('Page.loaded', documentIsLoaded);
+    window.addEventListener('load', function () { setTimeout(documentIsLoaded, tv.loadTimeout()); });
+
     // From stopped, finished or an error: the data URL is loaded again, from its start.
     function load(object) {
         var state = stateOf(object);
         var media = mediaOf(object);
         var url = new URL(String(object.data), document.baseURI).href;
-        if (String(object.type).toLowerCase() === 'application/dash+xml')
-            state.dash = tv.dashPlayer(url, media, function (code) { failed(object, code); });
-        else
-            media.src = url;
+        var loads = state.loads;
+        var begin = function () {
+            if (state.loads !== loads)
+                return;  // stopped or loaded again meanwhile
+            if (String(object.type).toLowerCase() === 'application/dash+xml')
+                state.dash = tv.dashPlayer(url, media, function (code) { failed(object, code); });
+            else
+                media.src = url;
+            if (state.speed !== 0)
+                media.play().catch(function () {});
+        };
         setPlayState(object, CONNECTING);
         watch(object, state);
-        media.play().catch(function () {});
+        if (documentLoaded)
+            begin();
+        else
+            afterDocument.push(begin);
     }
 
     function define(name, method) {
