@@ -4,12 +4,24 @@
 
 #include <json-glib/json-glib.h>
 
+#include <cstdio>
+
 namespace {
 
+// The engine names a transport stream's audio tracks by their PIDs in hexadecimal; the
+// player enables the one the TV chose (data-audio) whenever the stream's tracks appear.
 const char* const PLAYER =
     "<!DOCTYPE html><html><body style=\"margin:0;background:#000;overflow:hidden\">"
     "<video id=\"picture\" loop style=\"position:absolute;left:0;top:0;width:1280px;height:720px;"
-    "object-fit:fill\"></video></body></html>";
+    "object-fit:fill\"></video><script>"
+    "function pickAudio() { var v = document.getElementById('picture'), want = v.dataset.audio || '';"
+    "  for (var i = 0; i < v.audioTracks.length; ++i)"
+    "    v.audioTracks[i].enabled = want === '' ? i === 0 : v.audioTracks[i].id === want;"
+    "  v.muted = want === 'none';"
+    "  return Array.prototype.filter.call(v.audioTracks, function (t) { return t.enabled && !v.muted; })"
+    "    .map(function (t) { return t.id; }).join(','); }"
+    "document.getElementById('picture').audioTracks.addEventListener('addtrack', pickAudio);"
+    "</script></body></html>";
 const char* const FULL_SCREEN = "left:0;top:0;width:1280px;height:720px";
 
 // Resolves once the player's picture plays ("playing") or fails ("error").
@@ -33,11 +45,12 @@ std::string quoted(const std::string& text)
 
 }  // namespace
 
-PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged stateChanged)
+PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged stateChanged,
+                         AudioChanged audioHeard)
     : view(WEBKIT_WEB_VIEW(
           g_object_ref_sink(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "user-content-manager", content,
                                          "website-policies", PageView::tvPolicies(), nullptr)))),
-      changed(std::move(stateChanged)), placement(FULL_SCREEN)
+      changed(std::move(stateChanged)), audioChanged(std::move(audioHeard)), placement(FULL_SCREEN)
 {
     g_signal_connect(view, "load-changed", G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer self) {
                          if (event != WEBKIT_LOAD_FINISHED)
@@ -51,6 +64,8 @@ PictureView::PictureView(WebKitWebContext* context, WebKitUserContentManager* co
 
 PictureView::~PictureView()
 {
+    g_cancellable_cancel(alive);
+    g_object_unref(alive);
     if (watching) {
         g_cancellable_cancel(watching);
         g_object_unref(watching);
@@ -94,6 +109,40 @@ void PictureView::place(int x, int y, int width, int height)
     apply();
 }
 
+void PictureView::setAudio(int pid)
+{
+    char id[12] = "";
+    if (pid >= 0)
+        std::snprintf(id, sizeof id, "%x", unsigned(pid));
+    const std::string wanted = pid == -1 ? "none" : id;
+    if (wanted == audio)
+        return;
+    audio = wanted;
+    if (!ready)
+        return;
+    const std::string script =
+        "document.getElementById('picture').dataset.audio = " + quoted(audio) + "; return pickAudio();";
+    webkit_web_view_call_async_javascript_function(view, script.c_str(), -1, nullptr, nullptr, nullptr, alive,
+                                                   audioApplied, this);
+}
+
+void PictureView::audioApplied(GObject* source, GAsyncResult* result, gpointer data)
+{
+    GError* error = nullptr;
+    JSCValue* value = webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(source), result, &error);
+    if (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)) {
+        g_error_free(error);
+        return;  // the view is gone
+    }
+    char* pids = value && jsc_value_is_string(value) ? jsc_value_to_string(value) : nullptr;
+    if (pids && static_cast<PictureView*>(data)->audioChanged)
+        static_cast<PictureView*>(data)->audioChanged(pids);
+    g_free(pids);
+    g_clear_error(&error);
+    if (value)
+        g_object_unref(value);
+}
+
 // The player follows: the stream while shown, nothing (and no decoding) while hidden.
 void PictureView::apply()
 {
@@ -102,6 +151,7 @@ void PictureView::apply()
         return;
     const std::string wanted = shown ? source : "";
     const std::string script = "var v = document.getElementById('picture'), url = " + quoted(wanted) +
+                               "; v.dataset.audio = " + quoted(audio) +
                                "; v.style.cssText = 'position:absolute;object-fit:fill;' + " + quoted(placement) +
                                "; if (!url) { v.pause(); v.removeAttribute('src'); v.load(); }"
                                " else if (v.getAttribute('src') !== url) { v.src = url; v.play(); }";

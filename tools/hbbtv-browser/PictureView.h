@@ -14,8 +14,11 @@ class PictureView {
 public:
     // "none" (the service has no picture of its own), "connecting", "playing" or "error".
     using StateChanged = std::function<void(const std::string& state)>;
+    // The PIDs of the audio streams that play now, in hexadecimal ("" for none).
+    using AudioChanged = std::function<void(const std::string& pids)>;
 
-    PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged changed);
+    PictureView(WebKitWebContext* context, WebKitUserContentManager* content, StateChanged changed,
+                AudioChanged audioChanged);
     ~PictureView();
     PictureView(const PictureView&) = delete;
     PictureView& operator=(const PictureView&) = delete;
@@ -28,21 +31,27 @@ public:
     void show(bool shown);
     // Where the picture goes, in screen pixels; full screen when width or height is 0.
     void place(int x, int y, int width, int height);
+    // The audio stream that plays, by PID: -1 for none, -2 for the stream's first.
+    void setAudio(int pid);
     const std::string& state() const { return playState; }
 
 private:
     void apply();
     void watch();
     static void watched(GObject* view, GAsyncResult* result, gpointer self);
+    static void audioApplied(GObject* view, GAsyncResult* result, gpointer self);
     void setState(const std::string& state);
 
     WebKitWebView* view;  // owned through the screen's container once added
     StateChanged changed;
+    AudioChanged audioChanged;
     GCancellable* watching = nullptr;
+    GCancellable* alive = g_cancellable_new();  // cancelled when the view goes
     std::string source;
     std::string playing;  // the source the player has
     std::string playState = "none";
     std::string placement;  // the player's CSS box
+    std::string audio;  // the audio track's id (its PID in hexadecimal), "none", or "" for the first
     bool shown = false;
     bool loading = false;  // the page that holds the player was asked for
     bool ready = false;  // and has loaded

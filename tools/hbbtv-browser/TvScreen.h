@@ -41,6 +41,12 @@ public:
     // The view that plays the broadcast full screen when the service has audio and video
     // (the stand-in otherwise); it stays the screen's, below every page.
     void setPicture(PictureView& view);
+    // The broadcast's audio stream, by PID (see PictureView::setAudio).
+    void selectAudio(int pid)
+    {
+        if (picture)
+            picture->setAudio(pid);
+    }
     // The broadcast picture's state (see PictureView); "none" without one.
     std::string pictureState() const { return picture ? picture->state() : "none"; }
 

@@ -71,8 +71,11 @@ WebKitCore::WebKitCore(TvScreen& tvScreen, const BroadcastPicture& broadcastPict
         PageView* view = viewOf(webView);
         return view ? view->window() : nullptr;
     };
-    picture = std::make_unique<PictureView>(context, filter.contentManager(),
-                                            [this](const std::string& state) { objects->pictureChanged(state); });
+    picture = std::make_unique<PictureView>(
+        context, filter.contentManager(), [this](const std::string& state) { objects->pictureChanged(state); },
+        [this](const std::string& pids) {
+            out->say(pids.empty() ? "the broadcast's audio is off" : "the broadcast's audio plays PID(s) 0x" + pids);
+        });
     g_signal_connect(picture->widget(), "user-message-received", G_CALLBACK(messageReceived), this);
     screen.setPicture(*picture);
     dvb = std::make_unique<DvbScheme>(context, windowOfView, [this](const std::string& line) { out->say(line); });

@@ -273,7 +273,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     for (const Service& s : services)
         channels.push_back({ChannelList::ccidOf(ids.originalNetworkId, ids.transportStreamId, s.serviceId),
                             ids.originalNetworkId, ids.transportStreamId, s.serviceId, s.name,
-                            aitStreamOf(s) != nullptr});
+                            aitStreamOf(s) != nullptr, s.components});
     ChannelList::get().set(std::move(channels));
     channel = ChannelList::get().byTriplet(ids.originalNetworkId, ids.transportStreamId, ids.serviceId);
     return PLAY;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "ServiceScanner.h"
+
 // A service of the capture as the TV's channel list holds it.
 struct Channel {
     std::string ccid;  // "ccid:" and the DVB triplet in hexadecimal
@@ -13,6 +15,7 @@ struct Channel {
     uint16_t serviceId = 0;
     std::string name;
     bool hasAit = false;  // the service signals an AIT the TV plays
+    std::vector<Component> components;  // its video, audio and subtitles
 };
 
 // The channels the platform can tune to, in the capture's order. A channel's handle is the

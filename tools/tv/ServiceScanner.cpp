@@ -9,7 +9,9 @@ extern "C" {
 #include <dvbpsi/psi.h>
 #include <dvbpsi/descriptor.h>
 #include <dvbpsi/pmt.h>
+#include <dvbpsi/dr_0a.h>
 #include <dvbpsi/dr_52.h>
+#include <dvbpsi/dr_59.h>
 }
 
 #include "SectionBuilder.h"
@@ -24,6 +26,85 @@ const uint8_t DSMCC_SECTIONS_TYPE = 0x0D;
 const uint8_t STREAM_IDENTIFIER_TAG = 0x52;
 const uint8_t APPLICATION_SIGNALLING_TAG = 0x6F;
 const uint16_t NO_PCR = 0x1FFF;
+const uint8_t ISO_639_TAG = 0x0A;
+const uint8_t SUBTITLING_TAG = 0x59;
+const uint8_t AC3_TAG = 0x6A;
+const uint8_t ENHANCED_AC3_TAG = 0x7A;
+const uint8_t PRIVATE_PES_TYPE = 0x06;
+const uint8_t VISUAL_IMPAIRED_COMMENTARY = 0x03;  // ISO 639 audio_type
+
+// The media format labels of the pages' components: by stream_type, and for private PES
+// data by the descriptor that says what it is.
+struct Coding {
+    uint8_t id;
+    Component::Kind kind;
+    const char* encoding;
+};
+const Coding BY_STREAM_TYPE[] = {
+    {0x01, Component::VIDEO, "MPEG1"},     {0x02, Component::VIDEO, "MPEG2_SD_25"},
+    {0x1B, Component::VIDEO, "AVC_SD_25"}, {0x24, Component::VIDEO, "HEVC_HD_25"},
+    {0x03, Component::AUDIO, "MPEG1_L2"},  {0x04, Component::AUDIO, "MPEG1_L2"},
+    {0x0F, Component::AUDIO, "HEAAC"},     {0x11, Component::AUDIO, "HEAAC"},
+};
+const Coding BY_DESCRIPTOR[] = {
+    {SUBTITLING_TAG, Component::SUBTITLE, "DVB-SUBT"},
+    {AC3_TAG, Component::AUDIO, "AC3"},
+    {ENHANCED_AC3_TAG, Component::AUDIO, "E-AC3"},
+};
+
+const dvbpsi_descriptor_t* descriptorOf(const dvbpsi_pmt_es_t& es, uint8_t tag)
+{
+    for (const dvbpsi_descriptor_t* d = es.p_first_descriptor; d; d = d->p_next)
+        if (d->i_tag == tag)
+            return d;
+    return nullptr;
+}
+
+// Its kind and coding from the stream type, or, for private PES data, from what its
+// descriptors say it is; false for a stream that is none of the three.
+bool classify(const dvbpsi_pmt_es_t& es, Component& component)
+{
+    const Coding* found = nullptr;
+    for (const Coding& coding : BY_STREAM_TYPE)
+        if (coding.id == es.i_type)
+            found = &coding;
+    for (const Coding& coding : BY_DESCRIPTOR)
+        if (es.i_type == PRIVATE_PES_TYPE && !found && descriptorOf(es, coding.id))
+            found = &coding;
+    if (!found)
+        return false;
+    component.kind = found->kind;
+    component.encoding = found->encoding;
+    return true;
+}
+
+std::string languageOf(const uint8_t* code)
+{
+    std::string language(reinterpret_cast<const char*>(code), 3);
+    for (char& c : language)
+        if (c < 0x20 || c > 0x7E)
+            c = '?';  // broadcast bytes, not always letters
+    return language;
+}
+
+// Language and the kind of audience, from the ISO 639 or the subtitling descriptor. The
+// subtitling descriptor's decoder fills a fixed table: a longer descriptor is not given to it.
+void describeAudience(dvbpsi_pmt_es_t& es, Component& component)
+{
+    if (auto* d = const_cast<dvbpsi_descriptor_t*>(descriptorOf(es, ISO_639_TAG)))
+        if (const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(d); decoded && decoded->i_code_count > 0) {
+            component.language = languageOf(decoded->code[0].iso_639_code);
+            component.audioDescription = decoded->code[0].i_audio_type == VISUAL_IMPAIRED_COMMENTARY;
+        }
+    auto* d = const_cast<dvbpsi_descriptor_t*>(descriptorOf(es, SUBTITLING_TAG));
+    if (!d || d->i_length > 8 * DVBPSI_SUBTITLING_DR_MAX)
+        return;
+    if (const dvbpsi_subtitling_dr_t* decoded = dvbpsi_DecodeSubtitlingDr(d); decoded && decoded->i_subtitles_number) {
+        component.language = languageOf(decoded->p_subtitle[0].i_iso6392_language_code);
+        const uint8_t type = decoded->p_subtitle[0].i_subtitling_type;
+        component.hearingImpaired = type >= 0x20 && type <= 0x24;
+    }
+}
 
 // An application_signalling_descriptor lists application types, each with an AIT version.
 void addApplicationTypes(const dvbpsi_descriptor_t& descriptor, std::vector<uint16_t>& types)
@@ -55,6 +136,13 @@ void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
             service.eventStreams.push_back({es->i_pid, identifier->i_component_tag});
         if (tesmo_test::isAudioOrVideo(es->i_type))
             service.avPids.push_back(es->i_pid);
+        Component component;
+        component.pid = es->i_pid;
+        if (classify(*es, component)) {
+            component.componentTag = identifier ? identifier->i_component_tag : -1;
+            describeAudience(*es, component);
+            service.components.push_back(component);
+        }
     }
     const uint16_t pcr = pmt.i_pcr_pid;
     if (service.hasPicture() && pcr != NO_PCR &&
@@ -144,7 +232,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
 {
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
-        Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}};
+        Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}, {}};
         auto name = stream.serviceNames().find(program.number);
         if (name != stream.serviceNames().end()) {
             service.name = name->second.name;

@@ -21,6 +21,18 @@ struct CarouselStream {
     uint8_t componentTag;
 };
 
+// A video, audio or subtitle stream of a service, as a receiver lists it for pages.
+struct Component {
+    enum Kind { VIDEO = 0, AUDIO = 1, SUBTITLE = 2 };  // the pages' COMPONENT_TYPE_ values
+    Kind kind = VIDEO;
+    uint16_t pid = 0;
+    int componentTag = -1;  // -1 without a stream_identifier_descriptor
+    std::string encoding;  // a media format label: "AVC_SD_25", "MPEG1_L2", "HEAAC", "DVB-SUBT", ...
+    std::string language;  // the ISO 639 code signalled, "" for none
+    bool audioDescription = false;  // audio for the visually impaired
+    bool hearingImpaired = false;  // subtitles for the hard of hearing
+};
+
 struct Service {
     uint16_t serviceId;
     uint16_t pmtPid;
@@ -30,6 +42,7 @@ struct Service {
     std::vector<CarouselStream> carouselStreams;
     std::vector<CarouselStream> eventStreams;
     std::vector<uint16_t> avPids;  // its video and audio streams, and the PCR's PID if another
+    std::vector<Component> components;  // in the PMT's order
     bool hasPicture() const { return !avPids.empty(); }
     const AitStream* hbbtvStream() const;
     // An AIT stream whose application_signalling_descriptor lists no type at all, as some

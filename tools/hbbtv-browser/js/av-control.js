@@ -293,6 +293,54 @@
         mediaOf(this).volume = level / 100;
         return true;
     });
+    // The media's tracks as components: a transport stream's are named by their PIDs; one
+    // audio and one video track at a time, subtitles while showing.
+    TYPES.forEach(tv.components.define);
+    var TRACK_LISTS = [['videoTracks', 'selected'], ['audioTracks', 'enabled'], ['textTracks', 'mode']];
+    function isOn(track, flag) { return flag === 'mode' ? track.mode === 'showing' : track[flag]; }
+    function tracksOf(object) {
+        var state = stateOf(object);
+        var transportStream = String(object.type).toLowerCase() === 'video/mpeg';
+        var components = [];
+        TRACK_LISTS.forEach(function (list, type) {
+            var tracks = state.media && state.media[list[0]] ? state.media[list[0]] : [];
+            for (var i = 0; i < tracks.length; ++i) {
+                var track = tracks[i];
+                if (type === 2 && track.kind !== 'subtitles' && track.kind !== 'captions')
+                    continue;
+                var pid = transportStream && /^[0-9a-f]+$/i.test(track.id) ? parseInt(track.id, 16) : undefined;
+                components.push({ type: type, pid: pid, encoding: undefined, encrypted: false, track: track,
+                                  language: track.language, audioDescription: /desc/.test(track.kind),
+                                  hearingImpaired: track.kind === 'captions', active: isOn(track, list[1]) });
+            }
+        });
+        return components;
+    }
+    define('getComponents', function (componentType) {
+        return tv.components.collection(tracksOf(this), componentType);
+    });
+    define('getCurrentActiveComponents', function (componentType) {
+        return tv.components.collection(tracksOf(this).filter(function (c) { return c.active; }),
+                                        componentType);
+    });
+    function changeTrack(object, component, selected) {
+        var components = tracksOf(object);
+        var found = tv.components.named(component, components);
+        if (!found)
+            return;
+        components.forEach(function (c) {
+            if (c.type !== found.type || (c !== found && !selected))
+                return;
+            var on = selected && c === found;
+            if (c.type === 2)
+                c.track.mode = on ? 'showing' : 'disabled';
+            else
+                c.track[TRACK_LISTS[c.type][1]] = on;
+        });
+    }
+    define('selectComponent', function (component) { changeTrack(this, component, true); });
+    define('unselectComponent', function (component) { changeTrack(this, component, false); });
+
     // One URL to play when what plays now ends; null empties the queue.
     define('queue', function (url) {
         var state = stateOf(this);

@@ -233,6 +233,32 @@
         Object.defineProperty(this, 'channelList', { value: new ChannelList(channels) });
     }
 
+    // The service's components, from its PMT; one of each kind is active at a time (no
+    // subtitles at first), and selecting another audio switches the picture's.
+    tv.components.define(TYPE);
+    function components(object) {
+        stateOf(object);
+        return tv.call('VideoBroadcast.components');
+    }
+    define('getComponents', function (componentType) {
+        return tv.components.collection(components(this), componentType);
+    });
+    define('getCurrentActiveComponents', function (componentType) {
+        return tv.components.collection(components(this).filter(function (c) { return c.active; }), componentType);
+    });
+    function changeComponent(object, component, selected) {
+        var found = tv.components.named(component, components(object));
+        if (!found || !tv.call(selected ? 'VideoBroadcast.selectComponent' : 'VideoBroadcast.unselectComponent',
+                                found.pid))
+            return;
+        later(function () {
+            tv.fire(object, 'onSelectedComponentChanged', 'SelectedComponentChanged', [found.type],
+                    { componentType: found.type });
+        });
+    }
+    define('selectComponent', function (component) { changeComponent(this, component, true); });
+    define('unselectComponent', function (component) { changeComponent(this, component, false); });
+
     tv.on('VideoBroadcast.channelChanged', function (data) {
         broadcastObjects().forEach(function (object) {
             if (stateOf(object).playState !== UNREALIZED)

@@ -15,8 +15,9 @@ const std::vector<RegisteredObject>& objectRegistry()
     using Made = std::unique_ptr<PageObject>;
     static const std::vector<RegisteredObject> registry = {
         {{"keys.js"}, [](const ObjectParts&) -> Made { return std::make_unique<KeysObject>(); }},
-        // Gives tv.channelOf, which the application manager's private data uses.
-        {{"video-broadcast.js"},
+        // Gives tv.channelOf, which the application manager's private data uses; tv.components
+        // serves the A/V control object too.
+        {{"av-components.js", "video-broadcast.js"},
          [](const ObjectParts& p) -> Made {
              return std::make_unique<VideoBroadcastObject>(p.services, p.tuner, p.screen);
          }},

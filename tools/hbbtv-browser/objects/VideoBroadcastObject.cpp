@@ -15,6 +15,29 @@ bool isBroadcastRelated(const PageContext& page)
     return native_PermissionsIsBroadcastRelated(page.handle, page.url.c_str()) == 0;
 }
 
+const char* const KINDS[] = {"video", "audio", "subtitle"};
+
+// A component as the page's AVComponent is made from.
+JsonNode* componentJson(const Component& component, bool active)
+{
+    JsonObject* object = json_object_new();
+    json_object_set_int_member(object, "type", component.kind);
+    json_object_set_string_member(object, "kind", KINDS[component.kind]);
+    json_object_set_int_member(object, "pid", component.pid);
+    if (component.componentTag >= 0)
+        json_object_set_int_member(object, "componentTag", component.componentTag);
+    json_object_set_string_member(object, "encoding", component.encoding.c_str());
+    json_object_set_boolean_member(object, "encrypted", FALSE);
+    if (component.kind != Component::VIDEO) {
+        json_object_set_string_member(object, "language", component.language.c_str());
+        json_object_set_boolean_member(
+            object, component.kind == Component::AUDIO ? "audioDescription" : "hearingImpaired",
+            component.kind == Component::AUDIO ? component.audioDescription : component.hearingImpaired);
+    }
+    json_object_set_boolean_member(object, "active", active);
+    return reply::object(object);
+}
+
 Reply securityError()
 {
     return Reply::error("SecurityError", "The application may not use the broadcast");
@@ -47,6 +70,12 @@ VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, Chann
         {"VideoBroadcast.picture", "", TOLD, [this](const PageContext& p, const Arguments&) { return picture(p); }},
         {"ChannelConfig.channelList", "", QUIET,
          [this](const PageContext& p, const Arguments&) { return channelList(p); }},
+        {"VideoBroadcast.components", "", QUIET,
+         [this](const PageContext& p, const Arguments&) { return components(p); }},
+        {"VideoBroadcast.selectComponent", "n", TOLD,
+         [this](const PageContext& p, const Arguments& a) { return changeComponent(p, a, true); }},
+        {"VideoBroadcast.unselectComponent", "n", TOLD,
+         [this](const PageContext& p, const Arguments& a) { return changeComponent(p, a, false); }},
     };
 }
 
@@ -63,9 +92,12 @@ JsonNode* VideoBroadcastObject::channelJson(const Channel& channel)
     return reply::object(object);
 }
 
-// Every page's video/broadcast objects follow the TV to the new service.
+// Every page's video/broadcast objects follow the TV to the new service, whose components
+// are its own first ones again.
 void VideoBroadcastObject::channelChanged(const Channel& channel)
 {
+    chosen = {FIRST, FIRST, NOTHING};
+    screen.selectAudio(FIRST);
     services.toEveryPage("VideoBroadcast.channelChanged", channelJson(channel));
 }
 
@@ -151,4 +183,47 @@ Reply VideoBroadcastObject::channelList(const PageContext& page) const
     JsonNode* node = json_node_init_array(json_node_alloc(), array);
     json_array_unref(array);
     return node;
+}
+
+int VideoBroadcastObject::activePid(Component::Kind kind) const
+{
+    if (chosen[kind] != FIRST)
+        return chosen[kind];
+    const Channel* channel = tuner.currentChannel();
+    for (const Component& component : channel ? channel->components : std::vector<Component>{})
+        if (component.kind == kind)
+            return component.pid;
+    return NOTHING;
+}
+
+Reply VideoBroadcastObject::components(const PageContext& page) const
+{
+    if (!isBroadcastRelated(page))
+        return securityError();
+    const Channel* channel = tuner.currentChannel();
+    JsonArray* array = json_array_new();
+    for (const Component& component : channel ? channel->components : std::vector<Component>{})
+        json_array_add_element(array, componentJson(component, activePid(component.kind) == component.pid));
+    JsonNode* node = json_node_init_array(json_node_alloc(), array);
+    json_array_unref(array);
+    return node;
+}
+
+// The component of that PID becomes the active one of its kind, or none is; the picture
+// plays the audio chosen. False for a PID the service does not have.
+Reply VideoBroadcastObject::changeComponent(const PageContext& page, const Arguments& args, bool selected)
+{
+    if (!isBroadcastRelated(page))
+        return securityError();
+    const Channel* channel = tuner.currentChannel();
+    const int pid = int(wholeNumber(args.number(0)));
+    for (const Component& component : channel ? channel->components : std::vector<Component>{}) {
+        if (component.pid != pid || (!selected && activePid(component.kind) != pid))
+            continue;
+        chosen[component.kind] = selected ? pid : NOTHING;
+        if (component.kind == Component::AUDIO)
+            screen.selectAudio(chosen[component.kind]);
+        return reply::boolean(true);
+    }
+    return reply::boolean(false);
 }

@@ -1,6 +1,8 @@
 #ifndef TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 #define TESMO_BROWSER_VIDEOBROADCASTOBJECT_H
 
+#include <array>
+
 #include "ChannelControl.h"
 #include "ChannelList.h"
 #include "PageObject.h"
@@ -31,10 +33,19 @@ private:
     Reply placeVideo(const Arguments& args);
     Reply picture(const PageContext& page) const;
     Reply channelList(const PageContext& page) const;
+    Reply components(const PageContext& page) const;
+    Reply changeComponent(const PageContext& page, const Arguments& args, bool selected);
+    // The PID of the active component of the kind, -1 for none.
+    int activePid(Component::Kind kind) const;
 
     ObjectServices& services;
     ChannelControl& tuner;
     TvScreen& screen;
+    // What the viewer or a page chose for each kind on this service: a PID, NOTHING, or
+    // FIRST (the service's first of the kind; no subtitles).
+    static const int FIRST = -2;
+    static const int NOTHING = -1;
+    std::array<int, 3> chosen{FIRST, FIRST, NOTHING};
 };
 
 #endif
