@@ -2,6 +2,7 @@
 #define TESMO_HBBTV_MAKESAMPLE_SAMPLEDESCRIPTION_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,44 @@ struct SampleCarouselFile {
     bool compressed = false;
 };
 
+// A programme of a service's present/following, its texts in UTF-8.
+struct SampleComponent {
+    uint8_t streamContent = 0;
+    uint8_t componentType = 0;
+    uint8_t componentTag = 0;
+    std::string language;
+    std::string text;
+};
+struct SampleProgramme {
+    uint16_t eventId = 0;
+    int64_t startTime = 0;  // seconds since 1970, UTC
+    uint32_t duration = 0;  // seconds
+    std::string name;
+    std::string text;
+    std::string language = "eng";
+    std::vector<tesmo_test::Rating> ratings;
+    std::vector<SampleComponent> components;
+};
+// One version of a service's present/following, on air from the round that starts atPercent
+// of the way through the sample's rounds.
+struct SampleProgrammes {
+    uint8_t version = 0;
+    unsigned atPercent = 0;
+    std::optional<SampleProgramme> present;
+    std::optional<SampleProgramme> following;
+
+    // The first of the sample's rounds that carries this version.
+    int firstRound(int rounds) const { return int((atPercent * unsigned(rounds) + 99) / 100); }
+};
+
+// A DVB subtitle stream of a service.
+struct SampleSubtitles {
+    uint16_t pid = 0;
+    std::string language;
+    std::optional<uint8_t> componentTag;  // else the first one no other stream of the service has
+    bool hardOfHearing = false;
+};
+
 struct SampleService {
     uint16_t serviceId = 1;
     std::string name;
@@ -56,11 +95,20 @@ struct SampleService {
     std::vector<SampleEventOccurrence> occurrences;
     std::string avFile;  // a transport stream whose audio and video the service carries
     uint16_t avPid = 0;  // the first of the PIDs they go on
+    std::vector<uint8_t> avTags;  // component tags of its streams in their order; the rest take free ones
+    std::vector<SampleSubtitles> subtitles;
+    std::vector<SampleProgrammes> programmes;  // in the order they go on air
+
+    // The component tags the description gives: the carousel's, the stream events', the
+    // audio and video's and the subtitles'.
+    std::vector<uint8_t> givenTags() const;
 };
 
 struct SampleDescription {
     uint16_t transportStreamId = 1;
     uint16_t originalNetworkId = 1;
+    std::optional<uint16_t> networkId;  // with a network name, the sample has an NIT
+    std::string networkName;
     std::vector<SampleService> services;
     std::string directory;  // of the description
     int repeat = 1;
