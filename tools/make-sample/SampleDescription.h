@@ -9,7 +9,20 @@
 #include "SectionBuilder.h"
 
 // A sample stream described in words: its services, each with its AIT in sections and
-// perhaps an object carousel, repeated.
+// perhaps an object carousel, repeated. The lines (samples/sample.desc shows them at work):
+//   transport_stream TSID network ONID          network NID "NAME"  (an NIT)
+//   service SID "NAME" provider "PROVIDER" pmt PID ait PID [carousel PID], then its lines:
+//     ait version V / section / application ... / name / transport / location / boundary
+//     carousel_tag T / carousel_folder DIR / carousel_block_size N / carousel_file PATH [compressed]
+//     stream_events PID tag T / carousel_stream_event PATH NAME=ID... / event ID "TEXT"
+//     av FILE PID [tags T1,T2,...]  (audio and video from a transport stream, their languages kept)
+//     subtitles PID LANGUAGE [tag T] [hard-of-hearing]
+//     programmes version V [at P%]  (present/following from P% of the rounds on; first at 0%)
+//     programme present|following EVENT_ID 2026-11-25T20:15:00Z 01:30:00 "NAME" "TEXT"
+//               [language L] [rating COUNTRY AGE]... [component CONTENT TYPE TAG LANGUAGE "TEXT"]...
+//   repeat ROUNDS
+// A stream without a component tag given takes the first one that no stream of its service
+// has, the audio and video first, in their order.
 struct SampleApplication {
     uint32_t organisationId = 0;
     uint16_t applicationId = 0;
