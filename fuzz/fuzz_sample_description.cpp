@@ -64,15 +64,15 @@ std::string expectedContent(const std::string& path)
     return "";
 }
 
-void checkService(const SampleService& service, const std::vector<PlayedSection>& sections)
+void checkService(const SampleService& service, const std::vector<PlayedUnit>& units)
 {
     TesmoHbbTV::ref_ptr<TesmoHbbTV::AIT> ait(new TesmoHbbTV::AIT(1, 1, service.serviceId, nullptr));
     carousel::ObjectCarousel oc;
-    for (const PlayedSection& section : sections) {
-        if (section.first == service.aitPid)
-            ait->parse(section.second.data());
-        else if (service.carouselPid && section.first == service.carouselPid)
-            oc.addSection(section.second.data(), section.second.size());
+    for (const PlayedUnit& unit : units) {
+        if (unit.pid == service.aitPid)
+            ait->parse(unit.bytes.data());
+        else if (service.carouselPid && unit.pid == service.carouselPid)
+            oc.addSection(unit.bytes.data(), unit.bytes.size());
     }
     if (!ait->isComplete())
         std::abort();  // a written AIT that a receiver cannot take
@@ -101,6 +101,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (!writeSample(sample, stream, error))
         return 0;
     for (const SampleService& service : sample.services)
-        checkService(service, stream.sections);
+        checkService(service, stream.units);
     return 0;
 }

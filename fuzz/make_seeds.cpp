@@ -93,6 +93,21 @@ int main(int argc, char** argv)
           carouselSeed(
               6, {{"index.html", "seed"}, {"../../escaped.txt", "out"}, {"d/./../../x/y", "deep"}, {"e/f", "ok"}}));
 
+    // A present/following of one service: now with every descriptor the guide reads and a
+    // UTF-8 text; next with a name in ISO 8859-15 and a start that is not BCD.
+    const EitService service{0x0001, 0x0001, 0x0001};
+    const Bytes everything = concat({shortEventDescriptor("deu", "Nachrichten",
+                                                          "\x15"
+                                                          "Der Tag \xE2\x80\x93 kurz"),
+                                     parentalRatingDescriptor({{"DEU", 9}, {"AUT", 0x10}}),
+                                     componentDescriptor(0x05, 0x03, 0x21, "deu", "Video")});
+    write(dir + "/fuzz_eit/present-with-every-descriptor",
+          eitPresentFollowingSection(service, 1, 0, {{0x0101, 1795636800, 900, 4, everything}}));
+    Bytes following = eitPresentFollowingSection(
+        service, 1, 1, {{0x0102, 1795637700, 5400, 1, shortEventDescriptor("eng", "\x0B\xA4 Film", "")}});
+    following[14 + 4] = 0xAA;
+    write(dir + "/fuzz_eit/following-latin9-not-bcd", following);
+
     // Component tag 7, event 1: UTF-8 text, then bytes that are not UTF-8 (Latin-1, a zero).
     auto eventSeed = [](const std::string& text) {
         return concat({{7, 0, 1}, carousel::streamEventSection(1, 0, text)});

@@ -12,13 +12,15 @@ cmake --build --preset fuzz
 build=build/fuzz
 shared=../shared/data
 real=$build/seeds-real
-rm -rf "$real" "$build/work" && mkdir -p "$real" "$build/artifacts"
+eit=$build/seeds-eit
+rm -rf "$real" "$eit" "$build/work" && mkdir -p "$real" "$eit" "$build/artifacts"
 if [ -d "$shared/captures" ] && [ -x "$build/tests/extract_sections" ]; then
     "$build/tests/extract_sections" "$shared/captures/abc-au-hbbtv.ts" 0x157C "$real"
     "$build/tests/extract_sections" "$shared/captures/rai-dtt-hbbtv.ts" 0x07D2 "$real"
     "$build/tests/extract_sections" "$shared/captures/rai-dtt-hbbtv.ts" 0x07D1 "$real"
     "$build/tests/extract_sections" "$shared/captures/mediaset-sat-mhp.ts" 0x1EC6 "$real"
     "$build/tests/extract_sections" "$shared/captures/rai-dtt-hbbtv.ts" 0x0102 "$real"
+    "$build/tests/extract_sections" "$shared/captures/rai-dtt-hbbtv.ts" 0x0012 "$eit"
 fi
 
 total=0
@@ -28,6 +30,7 @@ for target in $(ls fuzz/corpus); do
     seeds=("fuzz/corpus/$target")
     case $target in
         fuzz_ait_sections|fuzz_pmt) seeds+=("$real"); [ -d "$shared/sections" ] && seeds+=("$shared/sections") ;;
+        fuzz_eit) seeds+=("$eit") ;;
     esac
     log=$build/work/$target.log
     echo "== $target: ${seconds}s"

@@ -83,6 +83,39 @@ TEST(HbbtvSimTest, BundledSampleShowsAStartAndAFailover)
     EXPECT_THAT(run.out, HasSubstr("key RED delivered"));
 }
 
+// Each service's present/following, its change partway through the first service's, and the
+// network, in words and in JSON.
+TEST(HbbtvSimTest, BundledSampleShowsTheProgrammesOfEachService)
+{
+    const SimRun run = sim("");
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("  network 0x0001 \"Sample Network\"\n"));
+    const std::string lines[] = {
+        "programmes v1: now \"Evening News\" (20:00-20:15 UTC), next \"The Sample Film\" (20:15-21:45 UTC)",
+        "programmes v2: now \"The Sample Film\" (20:15-21:45 UTC), next \"Late News\" (21:45-22:00 UTC)",
+        "channel change to \"Sample News\"",
+        "programmes v1: now \"News at Eight\" (20:00-20:30 UTC), next \"Business Hour\" (20:30-21:00 UTC)",
+        "channel change to \"Sample TV\"",
+        "programmes v1: now \"Evening News\"",
+    };
+    size_t at = 0;
+    for (const std::string& line : lines) {
+        at = run.out.find(line, at);
+        ASSERT_NE(at, std::string::npos) << "in order: " << line;
+    }
+
+    const SimRun json = sim("--json");
+    ASSERT_EQ(json.status, 0) << json.err;
+    EXPECT_THAT(
+        json.out,
+        HasSubstr("{\"broadcast\":\"programmes\",\"service_id\":1,\"version\":2,\"present\":{\"event_id\":258,"
+                  "\"start_time\":1795637700,\"duration\":5400,\"language\":\"eng\",\"name\":\"The Sample Film\","
+                  "\"description\":\"A broadcaster tests its signal\",\"ratings\":[{\"country\":\"GBR\",\"age\":12}],"
+                  "\"components\":[{\"stream_content\":5,\"component_type\":3,\"component_tag\":1,"
+                  "\"language\":\"eng\",\"text\":\"Video\"}]},\"following\":{\"event_id\":259,"));
+    EXPECT_THAT(json.out, HasSubstr("\"description\":\"Headlines, reports \xE2\x80\x93 and the weather\""));
+}
+
 TEST(HbbtvSimTest, JsonLinesCarryEveryFieldOfTheNotifications)
 {
     const SimRun run =

@@ -1,5 +1,6 @@
 #include "AvSource.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -11,6 +12,7 @@ namespace {
 const size_t PACKET = 188;
 const uint16_t FIRST_PID = 0x0020;  // below it the PIDs of DVB's own tables
 const uint16_t LAST_PID = 0x1FFE;
+const uint8_t LANGUAGE_TAG = 0x0A;
 
 uint16_t pidOf(const uint8_t* packet)
 {
@@ -51,6 +53,26 @@ bool findSection(const std::string& bytes, uint16_t pid, uint8_t tableId, Bytes&
     return false;
 }
 
+// The ISO 639 language descriptors of a descriptor loop at [from, end) of a section, as they are.
+Bytes languageDescriptors(const Bytes& section, size_t from, size_t end)
+{
+    Bytes found;
+    for (size_t at = from; at + 2 <= end && at + 2 + section[at + 1] <= end; at += 2 + section[at + 1])
+        if (section[at] == LANGUAGE_TAG)
+            found.insert(found.end(), section.begin() + long(at), section.begin() + long(at + 2 + section[at + 1]));
+    return found;
+}
+
+// The 90 kHz base of a packet's PCR, if its adaptation field has one.
+bool pcrOf(const uint8_t* packet, uint64_t& base)
+{
+    if (!(packet[3] & 0x20) || packet[4] < 7 || !(packet[5] & 0x10))
+        return false;
+    base = uint64_t(packet[6]) << 25 | uint64_t(packet[7]) << 17 | uint64_t(packet[8]) << 9 | uint64_t(packet[9]) << 1 |
+           packet[10] >> 7;
+    return true;
+}
+
 }  // namespace
 
 bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes, std::string& error)
@@ -84,8 +106,10 @@ bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes,
     const uint16_t sourcePcr = uint16_t((pmt[8] & 0x1F) << 8 | pmt[9]);
     std::map<uint16_t, uint16_t> moved;  // source PID -> the sample's
     size_t at = 12 + ((pmt[10] & 0x0F) << 8 | pmt[11]);
-    while (at + 5 <= pmt.size() - 4) {
+    const size_t end = pmt.size() - 4;  // before the CRC
+    while (at + 5 <= end) {
         const uint8_t type = pmt[at];
+        const size_t next = at + 5 + ((pmt[at + 3] & 0x0F) << 8 | pmt[at + 4]);
         const uint16_t pid = uint16_t((pmt[at + 1] & 0x1F) << 8 | pmt[at + 2]);
         if (isAudioOrVideo(type) && (pid < FIRST_PID || pid > LAST_PID || pid == pmtPid || moved.count(pid))) {
             error = path + ": its PMT puts a stream on PID " + std::to_string(pid) + ", which no stream can have";
@@ -98,9 +122,9 @@ bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes,
                 return false;
             }
             moved[pid] = uint16_t(target);
-            streams.push_back({type, uint16_t(target), {}});
+            streams.push_back({type, uint16_t(target), languageDescriptors(pmt, at + 5, std::min(next, end))});
         }
-        at += 5 + ((pmt[at + 3] & 0x0F) << 8 | pmt[at + 4]);
+        at = next;
     }
     if (streams.empty() || !moved.count(sourcePcr)) {
         error = path + " has no audio or video stream that carries its clock";
@@ -112,6 +136,8 @@ bool AvSource::read(const std::string& path, uint16_t firstPid, size_t maxBytes,
         auto found = moved.find(pidOf(packet));
         if (found == moved.end())
             continue;
+        if (found->second == pcrPid && !clockStart)
+            pcrOf(packet, clockStart);
         Bytes copy(packet, packet + PACKET);
         copy[1] = uint8_t((copy[1] & 0xE0) | (found->second >> 8));
         copy[2] = uint8_t(found->second);

@@ -9,10 +9,12 @@
 
 // The video and audio of a transport stream file (as GStreamer's muxer writes one) for a
 // service of the sample: the elementary streams of its first program, moved to PIDs from
-// firstPid on in their order, their packets as they come, the PCR on its stream's new PID.
+// firstPid on in their order with the languages its PMT gives them (their ISO 639 language
+// descriptors), their packets as they come, the PCR on its stream's new PID.
 struct AvSource {
     std::vector<tesmo_test::Stream> streams;  // for the service's PMT
     uint16_t pcrPid = 0x1FFF;
+    uint64_t clockStart = 0;  // the first PCR's 90 kHz base; 0 without one
     std::vector<tesmo_test::Bytes> packets;  // 188 bytes each
 
     // False with the reason: not a readable 188-byte stream, no program, no audio or video,

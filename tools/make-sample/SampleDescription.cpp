@@ -1,5 +1,6 @@
 #include "SampleDescription.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
@@ -21,6 +22,13 @@ const size_t MAX_SERVICE_NAMES = MAX_DESCRIPTOR_BODY - 3;  // service type and t
 const size_t MAX_EVENT_NAME = 254;  // a length byte that counts the closing zero (event and file names)
 const size_t MAX_EVENTS = 255;
 const unsigned long MAX_BLOCK = 4066;  // a DownloadDataBlock in a section of 4096 bytes
+const size_t MAX_EVENT_TEXTS = MAX_DESCRIPTOR_BODY - 5;  // language code and two lengths
+const size_t MAX_COMPONENT_TEXT = MAX_DESCRIPTOR_BODY - 6;  // content, type, tag and language
+const size_t MAX_RATINGS = MAX_DESCRIPTOR_BODY / 4;
+const unsigned long MIN_AGE = 4;  // ratings 1 to 15 are the minimum ages 4 to 18
+const unsigned long MAX_AGE = 18;
+const int64_t MJD_OF_1970 = 40587;
+const int64_t MAX_MJD = 0xFFFF;
 
 bool fits(const std::string& text, size_t limit)
 {
@@ -86,6 +94,87 @@ bool isCarouselPath(const std::string& path)
         any = true;
     }
     return any && path.back() != '/';
+}
+
+// An ISO 639 language or ISO 3166 country code: three letters.
+bool isCode(const std::string& text)
+{
+    return text.size() == 3 && std::all_of(text.begin(), text.end(),
+                                           [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); });
+}
+
+// The decimal digits of text at [from, from + count), or -1.
+int digits(const std::string& text, size_t from, size_t count)
+{
+    int value = 0;
+    for (size_t i = from; i < from + count; ++i) {
+        if (i >= text.size() || text[i] < '0' || text[i] > '9')
+            return -1;
+        value = value * 10 + (text[i] - '0');
+    }
+    return value;
+}
+
+bool isLeapYear(int year)
+{
+    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
+
+int daysInMonth(int year, int month)
+{
+    static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return month == 2 && isLeapYear(year) ? 29 : days[month - 1];
+}
+
+// Days from 1970-01-01 to a date of the proleptic Gregorian calendar (year 0 and later).
+int64_t daysSince1970(int year, int month, int day)
+{
+    const int y = year - (month <= 2);
+    const int era = y / 400;
+    const int yearOfEra = y - era * 400;
+    const int dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+    const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+    return int64_t(era) * 146097 + dayOfEra - 719468;
+}
+
+// "HH:MM:SS" at text[from], hours up to limit.
+bool timeOfDay(const std::string& text, size_t from, int hoursLimit, uint32_t& seconds)
+{
+    const int hours = digits(text, from, 2), minutes = digits(text, from + 3, 2), secs = digits(text, from + 6, 2);
+    seconds = uint32_t(hours * 3600 + minutes * 60 + secs);
+    return text.size() >= from + 8 && text[from + 2] == ':' && text[from + 5] == ':' && hours >= 0 &&
+           hours <= hoursLimit && minutes >= 0 && minutes < 60 && secs >= 0 && secs < 60;
+}
+
+// "2026-11-25T20:15:00Z", of a day whose Modified Julian Date fits its 16 bits.
+bool utcTime(const std::string& text, int64_t& seconds)
+{
+    const int year = digits(text, 0, 4), month = digits(text, 5, 2), day = digits(text, 8, 2);
+    uint32_t time = 0;
+    if (text.size() != 20 || text[4] != '-' || text[7] != '-' || text[10] != 'T' || text[19] != 'Z' || year < 0 ||
+        month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month) || !timeOfDay(text, 11, 23, time))
+        return false;
+    const int64_t days = daysSince1970(year, month, day);
+    seconds = days * 86400 + time;
+    return days + MJD_OF_1970 >= 0 && days + MJD_OF_1970 <= MAX_MJD;
+}
+
+// "HH:MM:SS", up to 99 hours.
+bool duration(const std::string& text, uint32_t& seconds)
+{
+    return text.size() == 8 && timeOfDay(text, 0, 99, seconds);
+}
+
+// "T1,T2,...": component tags.
+std::vector<uint8_t> tagList(const std::string& text, bool& ok)
+{
+    std::vector<uint8_t> tags;
+    std::istringstream in(text);
+    std::string tag;
+    while (std::getline(in, tag, ','))
+        tags.push_back(uint8_t(number(tag, 0xFF, ok)));
+    ok = ok && !tags.empty() && text.back() != ',';
+    return tags;
 }
 
 uint8_t controlCode(const std::string& name, bool& ok)
@@ -171,6 +260,89 @@ bool parseStreamEvent(const std::vector<std::string>& w, SampleService& service)
     return ok;
 }
 
+// "subtitles PID LANGUAGE [tag T] [hard-of-hearing]"
+bool parseSubtitles(const std::vector<std::string>& w, SampleService& service)
+{
+    if (w.size() < 3)
+        return false;
+    bool ok = isCode(w[2]);
+    SampleSubtitles subtitles;
+    subtitles.pid = pid(w[1], ok);
+    subtitles.language = w[2];
+    size_t at = 3;
+    if (at + 1 < w.size() && w[at] == "tag") {
+        subtitles.componentTag = uint8_t(number(w[at + 1], 0xFF, ok));
+        at += 2;
+    }
+    if (at < w.size() && w[at] == "hard-of-hearing") {
+        subtitles.hardOfHearing = true;
+        ++at;
+    }
+    service.subtitles.push_back(subtitles);
+    return ok && at == w.size();
+}
+
+// "programmes version N [at P%]" starts a version of the service's present/following.
+bool parseProgrammes(const std::vector<std::string>& w, SampleService& service)
+{
+    bool ok = (w.size() == 3 || (w.size() == 5 && w[3] == "at" && w[4].size() > 1 && w[4].back() == '%')) &&
+              w[1] == "version";
+    if (!ok)
+        return false;
+    SampleProgrammes programmes;
+    programmes.version = uint8_t(number(w[2], 0x1F, ok));
+    if (w.size() == 5)
+        programmes.atPercent = unsigned(number(w[4].substr(0, w[4].size() - 1), 100, ok));
+    service.programmes.push_back(programmes);
+    return ok;
+}
+
+// An option of a programme line at w[at], which it moves past: "language L",
+// "rating COUNTRY AGE" or "component CONTENT TYPE TAG LANGUAGE TEXT".
+bool parseProgrammeOption(const std::vector<std::string>& w, size_t& at, SampleProgramme& programme)
+{
+    const size_t left = w.size() - at;
+    bool ok = true;
+    if (w[at] == "language" && left >= 2 && isCode(w[at + 1])) {
+        programme.language = w[at + 1];
+        at += 2;
+    } else if (w[at] == "rating" && left >= 3 && isCode(w[at + 1])) {
+        const unsigned long age = number(w[at + 2], MAX_AGE, ok);
+        programme.ratings.push_back({w[at + 1], uint8_t(age - 3)});
+        ok = ok && age >= MIN_AGE && programme.ratings.size() <= MAX_RATINGS;
+        at += 3;
+    } else if (w[at] == "component" && left >= 6 && isCode(w[at + 4])) {
+        programme.components.push_back({uint8_t(number(w[at + 1], 0x0F, ok)), uint8_t(number(w[at + 2], 0xFF, ok)),
+                                        uint8_t(number(w[at + 3], 0xFF, ok)), w[at + 4], w[at + 5]});
+        ok = ok && fits(dvbText(w[at + 5]), MAX_COMPONENT_TEXT);
+        at += 6;
+    } else {
+        return false;
+    }
+    return ok;
+}
+
+// "programme present|following EVENT_ID START DURATION NAME TEXT [options]", of the version
+// last started.
+bool parseProgramme(const std::vector<std::string>& w, SampleService& service)
+{
+    if (service.programmes.empty() || w.size() < 7 || (w[1] != "present" && w[1] != "following"))
+        return false;
+    SampleProgrammes& programmes = service.programmes.back();
+    std::optional<SampleProgramme>& slot = w[1] == "present" ? programmes.present : programmes.following;
+    bool ok = !slot;
+    SampleProgramme programme;
+    programme.eventId = uint16_t(number(w[2], 0xFFFF, ok));
+    ok = ok && utcTime(w[3], programme.startTime) && duration(w[4], programme.duration);
+    programme.name = w[5];
+    programme.text = w[6];
+    ok = ok && fits(dvbText(w[5]) + dvbText(w[6]), MAX_EVENT_TEXTS);
+    for (size_t at = 7; ok && at < w.size();)
+        ok = parseProgrammeOption(w, at, programme);
+    slot = programme;
+    return ok;
+}
+
 // A line of the service being described.
 bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
 {
@@ -209,9 +381,17 @@ bool parseServiceLine(const std::vector<std::string>& w, SampleService& service)
         service.eventTag = uint8_t(number(w[3], 0xFF, ok));
     } else if (key == "carousel_stream_event" && w.size() >= 3) {
         return parseStreamEvent(w, service);
-    } else if (key == "av" && w.size() == 3) {
+    } else if (key == "av" && (w.size() == 3 || (w.size() == 5 && w[3] == "tags"))) {
         service.avFile = w[1];
         service.avPid = pid(w[2], ok);
+        if (w.size() == 5)
+            service.avTags = tagList(w[4], ok);
+    } else if (key == "subtitles") {
+        return parseSubtitles(w, service);
+    } else if (key == "programmes") {
+        return parseProgrammes(w, service);
+    } else if (key == "programme") {
+        return parseProgramme(w, service);
     } else if (key == "event" && w.size() == 3 && fits(w[2], MAX_EVENT_DATA)) {
         service.occurrences.push_back({uint16_t(number(w[1], 0xFFFF, ok)), w[2]});
     } else {
@@ -227,6 +407,10 @@ bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
     if (key == "transport_stream" && w.size() == 4 && w[2] == "network") {
         sample.transportStreamId = uint16_t(number(w[1], 0xFFFF, ok));
         sample.originalNetworkId = uint16_t(number(w[3], 0xFFFF, ok));
+    } else if (key == "network" && w.size() == 3) {
+        sample.networkId = uint16_t(number(w[1], 0xFFFF, ok));
+        sample.networkName = w[2];
+        ok = ok && fits(dvbText(w[2]), MAX_DESCRIPTOR_BODY);
     } else if (key == "service") {
         return parseService(w, sample);
     } else if (key == "repeat" && w.size() == 2) {
@@ -238,8 +422,36 @@ bool parseLine(const std::vector<std::string>& w, SampleDescription& sample)
     return ok;
 }
 
+// Each version of the present/following differs from the one before and has rounds of its
+// own, the first from the start.
+std::string programmesProblem(const SampleService& service, int rounds)
+{
+    for (size_t i = 0; i < service.programmes.size(); ++i) {
+        const SampleProgrammes& programmes = service.programmes[i];
+        const std::string which = "programmes version " + std::to_string(programmes.version);
+        if (i == 0 && programmes.atPercent != 0)
+            return "has no programmes from the start (at 0%)";
+        if (i > 0 && programmes.version == service.programmes[i - 1].version)
+            return which + " follows itself: a receiver would see no change";
+        const int round = programmes.firstRound(rounds);
+        if (round >= rounds || (i > 0 && round <= service.programmes[i - 1].firstRound(rounds)))
+            return which + " has no round of its own among the sample's " + std::to_string(rounds);
+    }
+    return "";
+}
+
+std::string tagProblem(const SampleService& service)
+{
+    std::set<unsigned> tags;
+    for (unsigned tag : service.givenTags())
+        if (!tags.insert(tag).second)
+            return "gives component tag " + std::to_string(tag) + " to two streams";
+    return "";
+}
+
 // What the lines cannot say alone: every PID used once, each service once, what a service
-// carries has a stream to go on, and its AIT's sections can be numbered.
+// carries has a stream to go on, its AIT's sections can be numbered, its component tags
+// tell its streams apart and its present/following versions can be seen.
 std::string serviceProblem(const SampleDescription& sample)
 {
     std::set<unsigned> pids, services;
@@ -255,15 +467,34 @@ std::string serviceProblem(const SampleDescription& sample)
             return which + " has carousel objects but no carousel stream";
         if ((!service.occurrences.empty() || !service.streamEvents.empty()) && !service.eventPid)
             return which + " has stream events but no stream_events stream";
-        for (unsigned pid : {unsigned(service.pmtPid), unsigned(service.aitPid), unsigned(service.carouselPid),
-                             unsigned(service.eventPid), unsigned(service.avPid)})
+        std::vector<unsigned> used{service.pmtPid, service.aitPid, service.carouselPid, service.eventPid,
+                                   service.avPid};
+        for (const SampleSubtitles& subtitles : service.subtitles)
+            used.push_back(subtitles.pid);
+        for (unsigned pid : used)
             if (pid && !pids.insert(pid).second)
                 return which + " uses PID " + std::to_string(pid) + " that is used already";
+        for (const std::string& problem : {tagProblem(service), programmesProblem(service, sample.repeat)})
+            if (!problem.empty())
+                return which + " " + problem;
     }
     return sample.services.empty() ? "no service described" : "";
 }
 
 }  // namespace
+
+std::vector<uint8_t> SampleService::givenTags() const
+{
+    std::vector<uint8_t> tags = avTags;
+    if (carouselPid)
+        tags.push_back(carouselTag);
+    if (eventPid)
+        tags.push_back(eventTag);
+    for (const SampleSubtitles& s : subtitles)
+        if (s.componentTag)
+            tags.push_back(*s.componentTag);
+    return tags;
+}
 
 bool parseDescriptionText(const std::string& text, const std::string& name, SampleDescription& sample,
                           std::string& error)

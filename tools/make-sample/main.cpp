@@ -23,15 +23,19 @@ int main(int argc, char** argv)
     }
     // The first round of tables, then the audio and video, then the other rounds, so that a
     // receiver knows the services before their pictures come.
-    const size_t firstRound = stream.sections.size() / size_t(sample.repeat);
+    const size_t firstRound = stream.units.size() / size_t(sample.repeat);
     TsWriter ts;
-    for (size_t i = 0; i < stream.sections.size(); ++i) {
+    for (size_t i = 0; i < stream.units.size(); ++i) {
         if (i == firstRound)
             for (const tesmo_test::Bytes& packet : stream.avPackets)
                 ts.writePacket(packet);
-        ts.writeSection(stream.sections[i].first, stream.sections[i].second);
+        const PlayedUnit& unit = stream.units[i];
+        if (unit.isPes)
+            ts.writePes(unit.pid, unit.bytes);
+        else
+            ts.writeSection(unit.pid, unit.bytes);
     }
-    if (firstRound == stream.sections.size())
+    if (firstRound == stream.units.size())
         for (const tesmo_test::Bytes& packet : stream.avPackets)
             ts.writePacket(packet);
     std::ofstream out(argv[2], std::ios::binary | std::ios::trunc);

@@ -249,10 +249,144 @@ Bytes sdtSection(uint16_t transportStreamId, uint16_t originalNetworkId, const s
         append(body, s.name);
         const Bytes serviceDescriptor = descriptor(0x48, body);
         put16(out, s.serviceId);
-        out.push_back(0xFC);  // no EIT
+        out.push_back(s.presentFollowing ? 0xFD : 0xFC);  // no EIT schedule
         put16(out, uint16_t(0x8000 | serviceDescriptor.size()));  // running, free
         append(out, serviceDescriptor);
     }
+    return finishSection(out);
+}
+
+namespace {
+
+const int64_t SECONDS_A_DAY = 86400;
+const int64_t MJD_OF_1970 = 40587;
+
+uint8_t bcd(unsigned value)
+{
+    return uint8_t((value / 10) << 4 | value % 10);
+}
+
+// Hours, minutes and seconds of a time of day or a duration.
+void putBcdTime(Bytes& out, uint32_t seconds)
+{
+    for (unsigned part : {seconds / 3600, seconds / 60 % 60, seconds % 60})
+        out.push_back(bcd(part));
+}
+
+// A loop of descriptors behind its 12-bit length.
+void putLoop(Bytes& out, const Bytes& descriptors)
+{
+    put16(out, uint16_t(0xF000 | descriptors.size()));
+    append(out, descriptors);
+}
+
+}  // namespace
+
+Bytes dvbStartTime(int64_t seconds)
+{
+    const int64_t days = seconds >= 0 ? seconds / SECONDS_A_DAY : -((-seconds + SECONDS_A_DAY - 1) / SECONDS_A_DAY);
+    Bytes out;
+    put16(out, uint16_t(days + MJD_OF_1970));
+    putBcdTime(out, uint32_t(seconds - days * SECONDS_A_DAY));
+    return out;
+}
+
+Bytes dvbDuration(uint32_t seconds)
+{
+    Bytes out;
+    putBcdTime(out, seconds);
+    return out;
+}
+
+std::string dvbText(const std::string& utf8)
+{
+    for (unsigned char c : utf8)
+        if (c < 0x20 || c > 0x7E)
+            return "\x15" + utf8;
+    return utf8;
+}
+
+Bytes shortEventDescriptor(const std::string& language, const std::string& name, const std::string& text)
+{
+    Bytes body;
+    append(body, language);
+    body.push_back(uint8_t(name.size()));
+    append(body, name);
+    body.push_back(uint8_t(text.size()));
+    append(body, text);
+    return descriptor(0x4D, body);
+}
+
+Bytes parentalRatingDescriptor(const std::vector<Rating>& ratings)
+{
+    Bytes body;
+    for (const Rating& r : ratings) {
+        append(body, r.country);
+        body.push_back(r.rating);
+    }
+    return descriptor(0x55, body);
+}
+
+Bytes componentDescriptor(uint8_t streamContent, uint8_t componentType, uint8_t componentTag,
+                          const std::string& language, const std::string& text)
+{
+    Bytes body{uint8_t(0xF0 | streamContent), componentType, componentTag};
+    append(body, language);
+    append(body, text);
+    return descriptor(0x50, body);
+}
+
+Bytes networkNameDescriptor(const std::string& name)
+{
+    Bytes body;
+    append(body, name);
+    return descriptor(0x40, body);
+}
+
+Bytes subtitlingDescriptor(const std::string& language, uint8_t subtitlingType, uint16_t compositionPage,
+                           uint16_t ancillaryPage)
+{
+    Bytes body;
+    append(body, language);
+    body.push_back(subtitlingType);
+    put16(body, compositionPage);
+    put16(body, ancillaryPage);
+    return descriptor(0x59, body);
+}
+
+Bytes eitPresentFollowingSection(const EitService& service, uint8_t version, uint8_t sectionNumber,
+                                 const std::vector<EitEvent>& events)
+{
+    Bytes out{0x4E, 0xF0, 0x00};
+    put16(out, service.serviceId);
+    out.insert(out.end(), {uint8_t(0xC1 | (version & 0x1F) << 1), sectionNumber, 0x01});
+    put16(out, service.transportStreamId);
+    put16(out, service.originalNetworkId);
+    out.insert(out.end(), {0x01, 0x4E});  // segment_last_section_number, last_table_id
+    for (const EitEvent& e : events) {
+        put16(out, e.eventId);
+        append(out, dvbStartTime(e.startTime));
+        append(out, dvbDuration(e.duration));
+        put16(out, uint16_t((e.runningStatus & 0x07) << 13 | e.descriptors.size()));  // free_CA_mode 0
+        append(out, e.descriptors);
+    }
+    return finishSection(out);
+}
+
+Bytes nitSection(uint16_t networkId, uint8_t version, const Bytes& networkDescriptors,
+                 const std::vector<NitTransportStream>& streams)
+{
+    Bytes out{0x40, 0xF0, 0x00};
+    put16(out, networkId);
+    out.insert(out.end(), {uint8_t(0xC1 | (version & 0x1F) << 1), 0x00, 0x00});
+    putLoop(out, networkDescriptors);
+    Bytes loop;
+    for (const NitTransportStream& s : streams) {
+        put16(loop, s.transportStreamId);
+        put16(loop, s.originalNetworkId);
+        putLoop(loop, {});
+    }
+    putLoop(out, loop);
     return finishSection(out);
 }
 

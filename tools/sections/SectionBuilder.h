@@ -1,8 +1,8 @@
 #ifndef TESMO_HBBTV_TOOLS_SECTIONBUILDER_H
 #define TESMO_HBBTV_TOOLS_SECTIONBUILDER_H
 
-// Composes AIT and PMT sections from named fields, CRC included, so that a test reads like
-// the broadcast it models.
+// Composes AIT, PMT and DVB SI sections from named fields, CRC included, so that a test reads
+// like the broadcast it models.
 
 #include <cstdint>
 #include <initializer_list>
@@ -116,8 +116,57 @@ struct SdtService {
     uint16_t serviceId;
     std::string provider;
     std::string name;
+    bool presentFollowing = false;  // the service has an EIT present/following
 };
 Bytes sdtSection(uint16_t transportStreamId, uint16_t originalNetworkId, const std::vector<SdtService>& services);
+
+// ---- DVB times and texts
+// A UTC time (seconds since 1970) as an event's start_time: the Modified Julian Date in 16
+// bits, then hours, minutes and seconds in BCD. Days past the date's 16 bits wrap.
+Bytes dvbStartTime(int64_t seconds);
+// A duration as hours (up to 99), minutes and seconds in BCD.
+Bytes dvbDuration(uint32_t seconds);
+// A UTF-8 text as a DVB string: printable ASCII as it is (the default table agrees with it),
+// anything else as UTF-8 behind its table selector 0x15.
+std::string dvbText(const std::string& utf8);
+
+// ---- EIT present/following and NIT sections
+// The texts of these descriptors go on air as they are given (see dvbText).
+Bytes shortEventDescriptor(const std::string& language, const std::string& name, const std::string& text);
+struct Rating {
+    std::string country;
+    uint8_t rating;  // minimum age - 3
+};
+Bytes parentalRatingDescriptor(const std::vector<Rating>& ratings);
+Bytes componentDescriptor(uint8_t streamContent, uint8_t componentType, uint8_t componentTag,
+                          const std::string& language, const std::string& text);
+Bytes networkNameDescriptor(const std::string& name);
+Bytes subtitlingDescriptor(const std::string& language, uint8_t subtitlingType, uint16_t compositionPage,
+                           uint16_t ancillaryPage);
+
+struct EitEvent {
+    uint16_t eventId;
+    int64_t startTime;  // seconds since 1970, UTC
+    uint32_t duration;  // seconds
+    uint8_t runningStatus;  // 4 running, 1 not running
+    Bytes descriptors;
+};
+struct EitService {
+    uint16_t serviceId;
+    uint16_t transportStreamId;
+    uint16_t originalNetworkId;
+};
+// Section 0 (present) or 1 (following) of a service's EIT present/following actual.
+Bytes eitPresentFollowingSection(const EitService& service, uint8_t version, uint8_t sectionNumber,
+                                 const std::vector<EitEvent>& events);
+
+struct NitTransportStream {
+    uint16_t transportStreamId;
+    uint16_t originalNetworkId;
+};
+// The NIT actual in one section.
+Bytes nitSection(uint16_t networkId, uint8_t version, const Bytes& networkDescriptors,
+                 const std::vector<NitTransportStream>& streams);
 
 Bytes concat(std::initializer_list<Bytes> parts);
 

@@ -17,6 +17,9 @@
 
 namespace {
 
+const uint16_t EIT_PID = 0x0012;
+const uint8_t PRESENT_FOLLOWING_ACTUAL = 0x4E;
+
 int fail(const Options& options, const std::string& message)
 {
     std::fprintf(stderr, "%s: %s\n", options.product.c_str(), message.c_str());
@@ -53,6 +56,8 @@ void listServices(const TransportStream& stream, const std::vector<Service>& ser
     std::printf("capture: %zu-byte packets, %zu packets, transport stream %s, original network %s\n",
                 stream.packetSize(), stream.packetCount(), hex4(stream.transportStreamId()).c_str(),
                 hex4(stream.originalNetworkId()).c_str());
+    if (stream.networkId())
+        std::printf("  network %s \"%s\"\n", hex4(stream.networkId()).c_str(), stream.networkName().c_str());
     for (const Service& s : services) {
         std::string ait;
         for (const AitStream& a : s.aitStreams)
@@ -267,6 +272,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     if (options.carouselDir.empty() && carouselPid(service, carouselTags(aitSections), options, ocPid))
         carouselSections = stream.sectionsOnPid(ocPid);
     eventSections = eventSectionsOf(*service);
+    eitSections = eitSectionsOf(*service);
     ids = {stream.originalNetworkId(), stream.transportStreamId(), service->serviceId};
     serviceName = service->name;
     std::vector<Channel> channels;
@@ -297,6 +303,8 @@ TvPlatform::Tuned Broadcast::sectionsOf(const Service& service) const
     if (options->carouselDir.empty() && carouselPid(&service, carouselTags(tuned.aitSections), *options, ocPid))
         tuned.carouselSections = stream.sectionsOnPid(ocPid);
     tuned.eventSections = eventSectionsOf(service);
+    tuned.eitSections = eitSectionsOf(service);
+    tuned.networkId = stream.networkId();
     return tuned;
 }
 
@@ -305,6 +313,17 @@ std::map<uint8_t, std::vector<TimedSection>> Broadcast::eventSectionsOf(const Se
     std::map<uint8_t, std::vector<TimedSection>> sections;
     for (const CarouselStream& events : service.eventStreams)
         sections[events.componentTag] = stream.sectionsOnPid(events.pid);
+    return sections;
+}
+
+// The present/following sections of the service among the EIT's.
+std::vector<TimedSection> Broadcast::eitSectionsOf(const Service& service) const
+{
+    std::vector<TimedSection> sections;
+    for (TimedSection& section : stream.sectionsOnPid(EIT_PID))
+        if (section.bytes.size() >= 5 && section.bytes[0] == PRESENT_FOLLOWING_ACTUAL &&
+            (section.bytes[3] << 8 | section.bytes[4]) == service.serviceId)
+            sections.push_back(std::move(section));
     return sections;
 }
 

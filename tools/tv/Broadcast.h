@@ -27,6 +27,7 @@ public:
     std::vector<TimedSection> aitSections;
     std::vector<TimedSection> carouselSections;
     std::map<uint8_t, std::vector<TimedSection>> eventSections;  // stream descriptors by component tag
+    std::vector<TimedSection> eitSections;  // the service's present/following
     TvPlatform::ServiceIds ids{};
     std::string serviceName;
     std::vector<ScriptAction> script;
@@ -43,6 +44,7 @@ private:
     int readScript(const Options& options);
     TvPlatform::Tuned sectionsOf(const Service& service) const;
     std::map<uint8_t, std::vector<TimedSection>> eventSectionsOf(const Service& service) const;
+    std::vector<TimedSection> eitSectionsOf(const Service& service) const;
 
     TransportStream stream;
     std::vector<Service> services;

@@ -38,6 +38,8 @@ public:
     virtual void channelChanged(const struct Channel&) {}
     // The library has taken a complete AIT.
     virtual void tableCompleted() {}
+    // The service's present/following programmes have changed (TvPlatform::programmes()).
+    virtual void programmesChanged() {}
     // A stream event for the page's listener that subscribed it.
     virtual void streamEvent(void* /*listener*/, const std::string& /*name*/, const std::string& /*data*/,
                              const std::string& /*text*/, const std::string& /*status*/)

@@ -7,14 +7,12 @@ void CarouselFeed::start(std::vector<TimedSection> all, uint64_t ticks, size_t b
     carousel = carousel::ObjectCarousel(budgetBytes);
     sections = std::move(all);
     next = 0;
-    perTick = ticks == 0 ? sections.size() : (sections.size() + ticks - 1) / ticks;
-    if (perTick == 0)
-        perTick = 1;
+    pace = SectionPace(sections.size(), ticks);
 }
 
 void CarouselFeed::step(uint64_t tick, std::vector<std::string>& said, std::vector<Answer>& answers)
 {
-    const size_t due = std::min(sections.size(), size_t(tick + 1) * perTick);
+    const size_t due = std::min(sections.size(), pace.dueBy(tick));
     if (next >= due)
         return;
     for (; next < due; ++next) {

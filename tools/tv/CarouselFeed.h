@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ObjectCarousel.h"
+#include "SectionPace.h"
 #include "TransportStream.h"
 
 // The platform's object-carousel client at work on the service's carousel stream: its
@@ -20,7 +21,7 @@ public:
     bool active() const { return !sections.empty(); }
     const carousel::ObjectCarousel& objects() const { return carousel; }
     // The tick that adds the last section.
-    uint64_t lastTick() const { return sections.empty() ? 0 : (sections.size() + perTick - 1) / perTick - 1; }
+    uint64_t lastTick() const { return pace.lastTick(sections.size()); }
 
     struct Answer {
         void* id;
@@ -42,7 +43,7 @@ private:
     carousel::ObjectCarousel carousel;
     std::vector<TimedSection> sections;
     size_t next = 0;
-    size_t perTick = 1;
+    SectionPace pace;
     std::map<void*, std::string> waiting;
 };
 

@@ -33,8 +33,7 @@ void StreamEventFeed::start(std::map<uint8_t, std::vector<TimedSection>> streams
     std::stable_sort(sections.begin(), sections.end(),
                      [](const auto& a, const auto& b) { return a.second.packet < b.second.packet; });
     next = 0;
-    perTick =
-        ticks == 0 ? std::max<size_t>(1, sections.size()) : std::max<size_t>(1, (sections.size() + ticks - 1) / ticks);
+    pace = SectionPace(sections.size(), ticks);
 }
 
 void StreamEventFeed::subscribe(const std::string& path, const std::string& eventName, void* listener)
@@ -61,7 +60,7 @@ void StreamEventFeed::step(uint64_t tick, const carousel::ObjectCarousel& carous
     resolve(carousel, triggers);
     if (sections.empty())
         return;
-    for (const size_t due = size_t(tick + 1) * perTick; next < due; ++next) {
+    for (const size_t due = pace.dueBy(tick); next < due; ++next) {
         const auto& section = sections[next % sections.size()];
         fire(section.first, section.second.bytes, triggers);
     }

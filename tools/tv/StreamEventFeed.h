@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ObjectCarousel.h"
+#include "SectionPace.h"
 #include "TransportStream.h"
 
 // Stream events as a receiver's carousel client delivers them. A subscription names a
@@ -53,7 +54,7 @@ private:
     std::vector<Subscription> subscriptions;
     std::vector<std::pair<uint8_t, TimedSection>> sections;  // in stream order
     size_t next = 0;
-    size_t perTick = 1;
+    SectionPace pace;
     std::set<std::tuple<void*, uint16_t, uint8_t>> seen;  // listener, event id, version
 };
 

@@ -13,10 +13,12 @@ extern "C" {
 #include <dvbpsi/pat.h>
 #include <dvbpsi/sdt.h>
 #include <dvbpsi/nit.h>
+#include <dvbpsi/dr_40.h>
 #include <dvbpsi/dr_48.h>
 }
 
 #include "DvbText.h"
+#include "SectionLoops.h"
 
 namespace {
 
@@ -24,6 +26,8 @@ const uint8_t SYNC = 0x47;
 const uint16_t PAT_PID = 0x0000;
 const uint16_t NIT_PID = 0x0010;
 const uint16_t SDT_PID = 0x0011;
+const uint8_t NIT_ACTUAL = 0x40;
+const uint8_t NETWORK_NAME_TAG = 0x40;
 const int MAX_SECTION = 4096;
 const size_t PROBE_SIZE = 64 * 1024;  // enough to find the packet size
 const size_t PACKETS_PER_READ = 4096;
@@ -199,40 +203,70 @@ void TransportStream::attachSdt(dvbpsi_s* handle)
 
 namespace {
 
-// The NIT's transport-stream loop: the original network of each transport stream.
-void attachNit(dvbpsi_t* handle, std::map<uint16_t, uint16_t>& networkOfStream)
+// What the NIT actual tells: its network, and the original network of each transport stream.
+struct NetworkReading {
+    bool read = false;
+    uint16_t networkId = 0;
+    std::string name;
+    std::map<uint16_t, uint16_t> networkOfStream;
+};
+
+void readNit(NetworkReading& reading, const dvbpsi_nit_t& table)
+{
+    for (dvbpsi_descriptor_t* d = table.p_first_descriptor; d && !reading.read; d = d->p_next)
+        if (d->i_tag == NETWORK_NAME_TAG)
+            if (const dvbpsi_network_name_dr_t* name = dvbpsi_DecodeNetworkNameDr(d))
+                reading.name = descriptorText(name->i_name_byte, name->i_name_length);
+    if (!reading.read)
+        reading.networkId = table.i_network_id;
+    reading.read = true;
+    for (const dvbpsi_nit_ts_t* ts = table.p_first_ts; ts; ts = ts->p_next)
+        reading.networkOfStream[ts->i_ts_id] = ts->i_orig_network_id;
+}
+
+// The NIT decoder takes the loops' lengths on trust, and reads past the section where they
+// run beyond: such a section goes no further.
+void gatherSoundNit(dvbpsi_t* handle, dvbpsi_psi_section_t* section)
+{
+    if (section->i_table_id == NIT_ACTUAL && sectionLoops::nitFits(section->p_data, 3 + size_t(section->i_length)))
+        dvbpsi_Demux(handle, section);
+    else
+        dvbpsi_DeletePSISections(section);
+}
+
+void attachNit(dvbpsi_t* handle, NetworkReading& reading)
 {
     dvbpsi_AttachDemux(
         handle,
         [](dvbpsi_t* h, uint8_t tableId, uint16_t extension, void* self) {
-            if (tableId != 0x40)  // the NIT of this network
+            if (tableId != NIT_ACTUAL)
                 return;
             dvbpsi_nit_attach(
                 h, tableId, extension,
                 [](void* me, dvbpsi_nit_t* table) {
-                    auto& networks = *static_cast<std::map<uint16_t, uint16_t>*>(me);
-                    for (dvbpsi_nit_ts_t* ts = table->p_first_ts; ts; ts = ts->p_next)
-                        networks[ts->i_ts_id] = ts->i_orig_network_id;
+                    readNit(*static_cast<NetworkReading*>(me), *table);
                     dvbpsi_nit_delete(table);
                 },
                 self);
         },
-        &networkOfStream);
+        &reading);
+    handle->p_decoder->pf_gather = gatherSoundNit;
 }
 
 }  // namespace
 
-// PAT, SDT and NIT in one reading, which also counts the packets. The NIT names the original
-// network when no SDT does; which of its entries is ours is known once the PAT is.
+// PAT, SDT and NIT in one reading, which also counts the packets. The NIT names the network,
+// and the original network when no SDT does; which of its entries is ours is known once the
+// PAT is.
 void TransportStream::readServiceInformation()
 {
     Handle pat = newHandle();
     attachPat(pat.get());
     Handle sdt = newHandle();
     attachSdt(sdt.get());
-    std::map<uint16_t, uint16_t> networkOfStream;
+    NetworkReading nitReading;
     Handle nit = newHandle();
-    attachNit(nit.get(), networkOfStream);
+    attachNit(nit.get(), nitReading);
     forEachPacket([&](uint8_t* packet, size_t index) {
         count = index + 1;
         switch (pidOf(packet)) {
@@ -252,6 +286,8 @@ void TransportStream::readServiceInformation()
     dvbpsi_pat_detach(pat.get());
     dvbpsi_DetachDemux(sdt.get());
     dvbpsi_DetachDemux(nit.get());
-    if (onid == 0 && networkOfStream.count(tsid))
-        onid = networkOfStream[tsid];
+    if (onid == 0 && nitReading.networkOfStream.count(tsid))
+        onid = nitReading.networkOfStream[tsid];
+    nid = nitReading.networkId;
+    network = nitReading.name;
 }

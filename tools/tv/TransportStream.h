@@ -47,6 +47,10 @@ public:
     const std::vector<Program>& programs() const { return patPrograms; }
     // From the SDT, or the NIT's transport-stream loop; 0 when neither tells.
     uint16_t originalNetworkId() const { return onid; }
+    // From the NIT actual (its first version): the network the stream is delivered by, and its
+    // name (UTF-8); 0 and empty without one.
+    uint16_t networkId() const { return nid; }
+    const std::string& networkName() const { return network; }
     const std::map<uint16_t, ServiceName>& serviceNames() const { return names; }
 
     // Every packet in order, with its index among the packets; each is 188 bytes at its sync
@@ -64,6 +68,8 @@ private:
     size_t count = 0;
     uint16_t tsid = 0;
     uint16_t onid = 0;
+    uint16_t nid = 0;
+    std::string network;
     std::vector<Program> patPrograms;
     std::map<uint16_t, ServiceName> names;
 };

@@ -34,6 +34,7 @@ void TvPlatform::configure(const Options& opts, Timeline& timeline, BrowserCore&
     runner = std::make_unique<ScriptRunner>(*this, timeline, *rules);
     log = std::make_unique<NotificationLog>(timeline, browserCore);
     streamEvents = std::make_unique<StreamEventRelay>(timeline, post, &TvPlatform::streamEventArrived);
+    programmeFeed = std::make_unique<ProgrammeFeed>(timeline);
     core->attach(timeline, *rules, activity);
 }
 
@@ -75,15 +76,17 @@ void TvPlatform::announceTerminal()
         tesmo_hbbtv_set_time_shifted(window, 1);
 }
 
-// From this tick the service's AIT arrives, and its carousel and stream events while the AIT
-// does, as all of them repeat in a broadcast.
+// From this tick the service's AIT arrives, and its carousel, stream events and programmes
+// while the AIT does, as all of them repeat in a broadcast.
 void TvPlatform::enterService(Tuned tuned, const ServiceIds& ids)
 {
     serviceFrom = tick;
+    network = tuned.networkId;
     ait->start(std::move(tuned.aitSections), tick, ids);
     const uint64_t spread = std::max<uint64_t>(1, ait->span());
     files->start(std::move(tuned.carouselSections), spread);
     streamEvents->start(std::move(tuned.eventSections), spread);
+    programmeFeed->start(std::move(tuned.eitSections), ids.serviceId, spread);
     lastScheduled = std::max(lastScheduled, tick + std::max(ait->span(), files->lastTick()));
 }
 
@@ -122,6 +125,8 @@ void TvPlatform::step()
         }
     files->step(sinceEntered());
     streamEvents->step(sinceEntered(), files->objects());
+    if (programmeFeed->step(sinceEntered()))
+        core->programmesChanged();
     tesmo_hbbtv_tick();
     core->afterTick();
     if (survivorCheckDue && tuning)

@@ -18,6 +18,7 @@
 #include "NotificationLog.h"
 #include "RequestPolicy.h"
 #include "Options.h"
+#include "ProgrammeFeed.h"
 #include "Script.h"
 #include "ScriptRunner.h"
 #include "StreamEventRelay.h"
@@ -33,11 +34,14 @@
 class TvPlatform : public ChannelControl {
 public:
     using ServiceIds = AitFeed::ServiceIds;
-    // What the tuner delivers of a service: its AIT, object-carousel and stream-event sections.
+    // What the tuner delivers of a service: its AIT, object-carousel and stream-event
+    // sections, its EIT present/following sections, and the network of the multiplex.
     struct Tuned {
         std::vector<TimedSection> aitSections;
         std::vector<TimedSection> carouselSections;
         std::map<uint8_t, std::vector<TimedSection>> eventSections;  // by component tag
+        std::vector<TimedSection> eitSections{};
+        uint16_t networkId = 0;  // of the NIT actual; 0 without one
     };
     using Tuner = std::function<Tuned(const Channel&)>;
 
@@ -77,6 +81,11 @@ public:
     void platformCall(const char* name);
     void aitCompleted(int version);
     CarouselFiles& carouselFiles() { return *files; }
+
+    // ---- what the hosts may show
+    // The current service's programme on now and the next, as far as its EIT has come.
+    const PresentFollowing& programmes() const { return programmeFeed->current(); }
+    uint16_t networkId() const { return network; }
     StreamEventRelay& streamEventRelay() { return *streamEvents; }
 
     static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
@@ -104,6 +113,8 @@ private:
     std::unique_ptr<ScriptRunner> runner;
     std::unique_ptr<NotificationLog> log;
     std::unique_ptr<StreamEventRelay> streamEvents;
+    std::unique_ptr<ProgrammeFeed> programmeFeed;
+    uint16_t network = 0;
     Activity activity;
     uint64_t tick = 0;
     uint64_t lastScheduled = 0;
