@@ -348,6 +348,22 @@ bool makeMpeg2Media(const std::string& file)
                            .c_str()) == 0;
 }
 
+// Ten seconds of H.264 with two AAC audio streams, German and English, their languages in the
+// muxer's PMT.
+bool makeTwoLanguageMedia(const std::string& file)
+{
+    std::string command = "gst-launch-1.0 -q -e videotestsrc num-buffers=250 pattern=smpte"
+                          " ! video/x-raw,width=320,height=180,framerate=25/1,format=I420"
+                          " ! x264enc bitrate=300 speed-preset=ultrafast key-int-max=25 ! h264parse ! queue"
+                          " ! mpegtsmux name=mux ! filesink location=" +
+                          file;
+    for (const char* language : {"deu", "eng"})
+        command += std::string(" audiotestsrc num-buffers=431 ! audioconvert ! audio/x-raw,rate=44100,channels=2"
+                               " ! taginject tags=language-code=") +
+                   language + " ! avenc_aac ! aacparse ! queue ! mux.";
+    return std::system((command + " > /dev/null 2>&1").c_str()) == 0;
+}
+
 bool makeMp3(const std::string& file)
 {
     return std::system(("gst-launch-1.0 -q -e audiotestsrc num-buffers=431 ! audioconvert ! lamemp3enc"
@@ -584,12 +600,13 @@ TEST_F(BrowserTest, ABroadcastIndependentApplicationComesBackBySelectingAService
         "(function () { var v = document.createElement('object'); v.type = 'video/broadcast'; v.id = 'vb';"
         " document.body.appendChild(v); v.bindToCurrentChannel();"
         " window.news = v.getChannelConfig().channelList.item(1); v.setChannel(null);"
-        " try { v.bindToCurrentChannel(); return 'bound'; } catch (e) { return e.name; } })()";
+        " try { v.bindToCurrentChannel(); return 'bound'; } catch (e) { return e.name + ' ' + v.programmes.length; }"
+        " })()";
     const std::string out = browse(
         capture("app/") + " --exit-after 170 --eval \"" + release + "\"@40" +
         " --eval \"document.getElementById('vb').setChannel(news); 'asked'\"@60" +
         " --eval \"var v = document.getElementById('vb'); [v.bindToCurrentChannel().name, v.currentChannel.name].join('|')\"@140");
-    EXPECT_NE(out.find("\"SecurityError\""), std::string::npos) << "independent: no binding: " << out;
+    EXPECT_NE(out.find("\"SecurityError 0\""), std::string::npos) << "independent: no binding, no programmes: " << out;
     const size_t independent = out.find("index.html is now broadcast-independent");
     EXPECT_NE(independent, std::string::npos) << out;
     EXPECT_NE(out.find("channel change to \"Sample News\" (service 0x0002)", independent), std::string::npos) << out;
@@ -600,7 +617,7 @@ TEST_F(BrowserTest, ABroadcastIndependentApplicationComesBackBySelectingAService
 
 // A page reads the terminal's objects, written in its markup or made by the object factory,
 // as deployed applications do: the configuration, the capabilities for the profiles the TV
-// announces, the parental rating scheme, and debug() into the timeline.
+// announces, the parental rating scheme (no threshold set), and debug() into the timeline.
 TEST_F(BrowserTest, TerminalObjectsAnswerForTheAnnouncedProfiles)
 {
     const std::string out = browse("--start-url '" + server.base() +
@@ -611,9 +628,9 @@ TEST_F(BrowserTest, TerminalObjectsAnswerForTheAnnouncedProfiles)
     EXPECT_NE(out.find(R"(\"profile\":\"OITF_HD_UIPROF+DVB_T+PVR\",\"dvbt\":true,\"pvr\":true,\"sd\":0)"),
               std::string::npos)
         << out;
-    EXPECT_NE(
-        out.find(R"(\"scheme\":\"dvb-si\",\"ratings\":15,\"supported\":[true,false],\"made\":true,\"vk\":[403,406])"),
-        std::string::npos)
+    EXPECT_NE(out.find(R"(\"scheme\":\"dvb-si\",\"ratings\":15,\"threshold\":[\"dvb-si\",\"undefined\",\"undefined\"],)"
+                       R"(\"supported\":[true,false],\"made\":true,\"vk\":[403,406])"),
+              std::string::npos)
         << out;
     EXPECT_NE(out.find("says: terminal objects read"), std::string::npos) << out;
 }
@@ -1047,6 +1064,78 @@ TEST_F(BrowserTest, TransportStreamsAndMp3PlayAsA1xTerminalPlaysThem)
         const size_t loaded = out.find("loaded: "), shown = out.find("shown"), eval = out.find("eval report()");
         EXPECT_TRUE(loaded < eval && shown < eval) << "the page is loaded and shown while the media plays\n" << out;
     }
+}
+
+// A now-and-next page on a two-service capture whose first service has video, audio in two
+// languages and DVB subtitles, and its programmes in the EIT, changing while the page runs.
+// The page lists the components with what the PMT and the EIT say of them, switches the
+// audio to English (the picture plays that stream), turns subtitles on, shows the programmes
+// with their ratings, and hears of the change; the second service's programmes follow a
+// channel change, and a broadcast-independent application gets none.
+TEST_F(BrowserTest, ComponentsAndProgrammesOfATwoServiceCapture)
+{
+    ASSERT_TRUE(makeTwoLanguageMedia(dir + "/two.ts")) << "gst-launch-1.0 with taginject, x264enc and avenc_aac";
+    std::ofstream(dir + "/guide.desc")
+        << "transport_stream 0x0001 network 0x0001\n"
+           "network 0x0031 \"Test Network\"\n"
+           "service 0x0001 \"Guide TV\" provider \"Sample Broadcaster\" pmt 0x0100 ait 0x0101\n"
+           "ait version 1\nsection\n"
+           "  application 0x10 0x0001 AUTOSTART priority 5 profile 0x0000 1.1.1\n"
+           "    transport 1 http "
+        << server.base()
+        << "probe/\n    location guide.html\n"
+           "av two.ts 0x0110 tags 0x01,0x02,0x03\n"
+           "subtitles 0x0120 deu tag 0x20 hard-of-hearing\n"
+           "programmes version 1\n"
+           "programme present 0x0101 2026-11-25T20:00:00Z 00:15:00 \"Abendschau\" \"Der Tag – kurz\" language deu"
+           " rating DEU 12 component 0x05 0x03 0x01 deu \"Bild\" component 0x06 0x03 0x02 deu \"Stereo\"\n"
+           "programme following 0x0102 2026-11-25T20:15:00Z 01:30:00 \"Der Film\" \"Ein Test\" rating DEU 16\n"
+           "programmes version 2 at 80%\n"
+           "programme present 0x0102 2026-11-25T20:15:00Z 01:30:00 \"Der Film\" \"Ein Test\" rating DEU 16\n"
+           "programme following 0x0103 2026-11-25T21:45:00Z 00:15:00 \"Spätnachrichten\" \"Vor der Nacht\"\n"
+           "service 0x0002 \"Second TV\" provider \"Sample Broadcaster\" pmt 0x0200 ait 0x0201\n"
+           "ait version 1\nsection\n"
+           "  application 0x10 0x0001 AUTOSTART priority 5 profile 0x0000 1.1.1\n"
+           "    transport 1 http "
+        << server.base()
+        << "probe/\n    location guide.html\n"
+           "programmes version 1\n"
+           "programme present 0x0201 2026-11-25T20:00:00Z 00:30:00 \"News at Eight\" \"Headlines\" language eng\n"
+           "programme following 0x0202 2026-11-25T20:30:00Z 00:30:00 \"Business Hour\" \"Markets\"\n"
+           "repeat 5\n";
+    ASSERT_EQ(std::system((MAKE_SAMPLE " " + dir + "/guide.desc " + dir + "/guide.ts").c_str()), 0);
+    // Each AIT section 40 ticks apart, and the EIT spread as far: the second version of the
+    // programmes comes at about tick 180.
+    const std::string out = browse(
+        dir + "/guide.ts --section-interval 40 --exit-after 420" + " --eval 'components()'@60" +
+        " --eval 'active()'@62 --eval \"pick(1, 'eng') + ' ' + pick(2, 'deu')\"@70" +
+        " --eval 'selections.join()'@90 --eval 'programmes()'@100" +
+        " --eval 'programmes() + \" changes \" + changes'@300" +
+        " --eval \"document.getElementById('now').textContent\"@302" + " --eval 'broadcast().currentChannel.nid'@304" +
+        " --eval 'broadcast().nextChannel()'@310 --eval 'programmes()'@400");
+    EXPECT_NE(
+        out.find("eval components(): \"0:272:1:AVC_SD_25:-:-:-|1:273:2:HEAAC:ger:false:-|1:274:3:HEAAC:eng:false:-|"
+                 "2:288:32:DVB-SUBT:deu:-:true\""),
+        std::string::npos)
+        << out;
+    EXPECT_NE(out.find("eval active(): \"272,273\""), std::string::npos) << out;
+    EXPECT_NE(out.find(": \"272,274 272,274,288\""), std::string::npos) << out;
+    EXPECT_NE(out.find("the broadcast's audio plays PID(s) 0x112"), std::string::npos) << out;
+    EXPECT_NE(out.find("eval selections.join(): \"1,2\""), std::string::npos) << out;
+    EXPECT_NE(out.find("eval programmes(): \"Abendschau/Der Tag – kurz/1795636800/900/dvb://1.1.1;101/1/ccid:1.1.1/"
+                       "dvb-si:12:deu|Der Film/Ein Test/1795637700/5400/dvb://1.1.1;102/1/ccid:1.1.1/dvb-si:16:deu\""),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find("\"Der Film/Ein Test/1795637700/5400/dvb://1.1.1;102/1/ccid:1.1.1/dvb-si:16:deu|"
+                       "Spätnachrichten/Vor der Nacht/1795643100/900/dvb://1.1.1;103/1/ccid:1.1.1/ changes 1\""),
+              std::string::npos)
+        << out;
+    EXPECT_NE(out.find("textContent: \"Der Film\""), std::string::npos) << out;
+    EXPECT_NE(out.find("currentChannel.nid: 49"), std::string::npos) << out;
+    EXPECT_NE(out.find("eval programmes(): \"News at Eight/Headlines/1795636800/1800/dvb://1.1.2;201/1/ccid:1.1.2/|"
+                       "Business Hour/Markets/1795638600/1800/dvb://1.1.2;202/1/ccid:1.1.2/\""),
+              std::string::npos)
+        << out;
 }
 
 // A page's own requests to each fault end, as failures, within the bound: an asynchronous

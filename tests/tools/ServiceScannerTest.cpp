@@ -33,8 +33,8 @@ std::vector<Component> componentsOf(const std::vector<Stream>& streams)
     ts.writeSection(0x0000, patSection(1, {{0x0007, 0x0100}}));
     ts.writeSection(0x0100, pmtSection(0x0007, streams));
     const std::string path = testing::TempDir() + "components.ts";
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(ts.bytes().data()),
-                                                std::streamsize(ts.bytes().size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(ts.bytes().data()), std::streamsize(ts.bytes().size()));
     TransportStream stream;
     std::string error;
     EXPECT_TRUE(stream.open(path, error)) << error;

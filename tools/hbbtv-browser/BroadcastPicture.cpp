@@ -2,6 +2,7 @@
 
 #include <glib/gstdio.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -33,9 +34,11 @@ std::string randomSecret()
 // One section in a packet of its own, as the service's PAT fits.
 tesmo_test::Bytes sectionPacket(uint16_t pid, const tesmo_test::Bytes& section, uint8_t continuity)
 {
-    tesmo_test::Bytes packet{0x47, uint8_t(0x40 | (pid >> 8)), uint8_t(pid), uint8_t(0x10 | (continuity & 0x0F)), 0x00};
-    packet.insert(packet.end(), section.begin(), section.end());
-    packet.resize(PACKET, 0xFF);
+    const uint8_t header[] = {0x47, uint8_t(0x40 | (pid >> 8)), uint8_t(pid), uint8_t(0x10 | (continuity & 0x0F)),
+                              0x00};
+    tesmo_test::Bytes packet(PACKET, 0xFF);
+    std::copy(std::begin(header), std::end(header), packet.begin());
+    std::copy_n(section.begin(), std::min(section.size(), PACKET - sizeof header), packet.begin() + sizeof header);
     return packet;
 }
 
@@ -120,18 +123,22 @@ GBytes* BroadcastPicture::streamOf(const Service& service)
     std::FILE* out = directory.empty() ? nullptr : std::fopen(file.c_str(), "wb");
     if (!out)
         return stream;
-    std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
-    pids.insert(service.pmtPid);
+    // The service's audio and video under a PMT of their own: the player waits for every stream
+    // a PMT lists, and the picture has no subtitles, data or application streams.
+    const std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
     const tesmo_test::Bytes pat =
         tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
+    const tesmo_test::Bytes pmt = tesmo_test::pmtSection(service.serviceId, service.avStreams, {}, service.pcrPid);
     size_t written = 0;
     uint8_t continuity = 0;
     bool ok = true;
     capture.forEachPacket([&](uint8_t* packet, size_t) {
         if (!pids.count(uint16_t((packet[1] & 0x1F) << 8 | packet[2])))
             return;
-        if (written++ % PAT_EVERY == 0)
-            ok = ok && std::fwrite(sectionPacket(0x0000, pat, continuity++).data(), 1, PACKET, out) == PACKET;
+        if (written++ % PAT_EVERY == 0) {
+            ok = ok && std::fwrite(sectionPacket(0x0000, pat, continuity).data(), 1, PACKET, out) == PACKET;
+            ok = ok && std::fwrite(sectionPacket(service.pmtPid, pmt, continuity++).data(), 1, PACKET, out) == PACKET;
+        }
         ok = ok && std::fwrite(packet, 1, PACKET, out) == PACKET;
     });
     GMappedFile* mapped = std::fclose(out) == 0 && ok ? g_mapped_file_new(file.c_str(), FALSE, nullptr) : nullptr;

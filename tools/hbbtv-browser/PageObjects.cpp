@@ -73,6 +73,12 @@ void PageObjects::tableCompleted()
         object->tableCompleted();
 }
 
+void PageObjects::programmesChanged()
+{
+    for (auto& object : objects)
+        object->programmesChanged();
+}
+
 void PageObjects::applicationEvent(const std::string& name, uint32_t applicationId)
 {
     for (auto& object : objects)

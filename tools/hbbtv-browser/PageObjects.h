@@ -25,6 +25,7 @@ public:
 
     void started();
     void channelChanged(const Channel& channel);
+    void programmesChanged();
     void pictureChanged(const std::string& state);
     void tableCompleted();
     void applicationEvent(const std::string& name, uint32_t applicationId);

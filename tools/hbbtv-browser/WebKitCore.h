@@ -44,6 +44,7 @@ public:
 
     void setVisible(DAXO_TesmoWindow* window, bool visible) override;
     void channelChanged(const Channel& channel) override;
+    void programmesChanged() override { objects->programmesChanged(); }
     void tableCompleted() override;
     void streamEvent(void* listener, const std::string& name, const std::string& data, const std::string& text,
                      const std::string& status) override;

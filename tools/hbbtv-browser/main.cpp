@@ -92,9 +92,7 @@ int main(int argc, char** argv)
             [](uint32_t id) { theCore->applicationEvent("destroyed", id); });
 
         tv.configure(options, timeline, core, policy);
-        tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections),
-                  std::move(broadcast.eventSections)},
-                 broadcast.ids, std::move(broadcast.script));
+        tv.start(broadcast.takeFirst(), broadcast.ids, std::move(broadcast.script));
         tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
         if (broadcast.channel)
             core.channelChanged(*broadcast.channel);

@@ -23,9 +23,7 @@ int main(int argc, char** argv)
     const RequestPolicy policy(options.refusedRequests);
     TvPlatform& tv = TvPlatform::get();
     tv.configure(options, timeline, core, policy);
-    tv.start({std::move(broadcast.aitSections), std::move(broadcast.carouselSections),
-              std::move(broadcast.eventSections), std::move(broadcast.eitSections), broadcast.capture().networkId()},
-             broadcast.ids, std::move(broadcast.script));
+    tv.start(broadcast.takeFirst(), broadcast.ids, std::move(broadcast.script));
     tv.setChannels(broadcast.channel, [&broadcast](const Channel& to) { return broadcast.tune(to); });
     while (!tv.idle())
         tv.step();

@@ -279,10 +279,16 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
     for (const Service& s : services)
         channels.push_back({ChannelList::ccidOf(ids.originalNetworkId, ids.transportStreamId, s.serviceId),
                             ids.originalNetworkId, ids.transportStreamId, s.serviceId, s.name,
-                            aitStreamOf(s) != nullptr, s.components});
+                            aitStreamOf(s) != nullptr, s.components, stream.networkId()});
     ChannelList::get().set(std::move(channels));
     channel = ChannelList::get().byTriplet(ids.originalNetworkId, ids.transportStreamId, ids.serviceId);
     return PLAY;
+}
+
+TvPlatform::Tuned Broadcast::takeFirst()
+{
+    return {std::move(aitSections), std::move(carouselSections), std::move(eventSections), std::move(eitSections),
+            stream.networkId()};
 }
 
 TvPlatform::Tuned Broadcast::tune(const Channel& to) const

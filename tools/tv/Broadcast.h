@@ -35,6 +35,8 @@ public:
 
     // The sections of another service of the capture, as a tuner delivers them.
     TvPlatform::Tuned tune(const Channel& channel) const;
+    // The first service's, as prepared (once: they move out).
+    TvPlatform::Tuned takeFirst();
 
     // The capture and its services (none without a capture).
     const TransportStream& capture() const { return stream; }

@@ -16,6 +16,7 @@ struct Channel {
     std::string name;
     bool hasAit = false;  // the service signals an AIT the TV plays
     std::vector<Component> components;  // its video, audio and subtitles
+    uint16_t networkId = 0;  // of the network that delivers it (the NIT's); 0 when not told
 };
 
 // The channels the platform can tune to, in the capture's order. A channel's handle is the

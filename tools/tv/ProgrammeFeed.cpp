@@ -60,13 +60,15 @@ void ProgrammeFeed::start(std::vector<TimedSection> all, uint16_t service, uint6
     guide = std::make_unique<ProgrammeGuide>(service);
     sections = std::move(all);
     next = 0;
-    pace = SectionPace(sections.size(), ticks);
+    span = ticks;
 }
 
 bool ProgrammeFeed::step(uint64_t serviceTick)
 {
     bool changed = false;
-    for (const size_t due = std::min(sections.size(), pace.dueBy(serviceTick)); next < due; ++next)
+    // Section i of n is due at tick i * span / n: a version that goes on air partway through
+    // the capture comes as far into the service's time.
+    for (; next < sections.size() && next * span <= serviceTick * sections.size(); ++next)
         changed = guide->add(sections[next].bytes) || changed;
     if (changed)
         tell();

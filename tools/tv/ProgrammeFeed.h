@@ -6,13 +6,12 @@
 #include <vector>
 
 #include "ProgrammeGuide.h"
-#include "SectionPace.h"
 #include "Timeline.h"
 #include "TransportStream.h"
 
 // The service's present/following as the platform's section filter delivers it: the EIT
-// sections of the capture spread over the ticks the service's tables take, each once, and
-// each new present/following told in the timeline.
+// sections of the capture spread evenly over the ticks the service's tables take, each once,
+// and each new present/following told in the timeline.
 class ProgrammeFeed {
 public:
     explicit ProgrammeFeed(Timeline& out) : out(out) {}
@@ -36,7 +35,7 @@ private:
     std::unique_ptr<ProgrammeGuide> guide;
     std::vector<TimedSection> sections;
     size_t next = 0;
-    SectionPace pace;
+    uint64_t span = 0;  // the ticks the sections are spread over
 };
 
 #endif

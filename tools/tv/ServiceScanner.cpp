@@ -52,6 +52,20 @@ const Coding BY_DESCRIPTOR[] = {
     {ENHANCED_AC3_TAG, Component::AUDIO, "E-AC3"},
 };
 
+// What a player needs of a stream's descriptors: its language and its component tag.
+tesmo_test::Bytes playerDescriptors(const dvbpsi_pmt_es_t& es)
+{
+    tesmo_test::Bytes bytes;
+    for (const dvbpsi_descriptor_t* d = es.p_first_descriptor; d; d = d->p_next) {
+        if (d->i_tag != ISO_639_TAG && d->i_tag != STREAM_IDENTIFIER_TAG)
+            continue;
+        bytes.push_back(d->i_tag);
+        bytes.push_back(d->i_length);
+        bytes.insert(bytes.end(), d->p_data, d->p_data + d->i_length);
+    }
+    return bytes;
+}
+
 const dvbpsi_descriptor_t* descriptorOf(const dvbpsi_pmt_es_t& es, uint8_t tag)
 {
     for (const dvbpsi_descriptor_t* d = es.p_first_descriptor; d; d = d->p_next)
@@ -134,8 +148,10 @@ void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
             service.carouselStreams.push_back({es->i_pid, identifier->i_component_tag});
         if ((es->i_type == STREAM_DESCRIPTORS_TYPE || es->i_type == DSMCC_SECTIONS_TYPE) && identifier)
             service.eventStreams.push_back({es->i_pid, identifier->i_component_tag});
-        if (tesmo_test::isAudioOrVideo(es->i_type))
+        if (tesmo_test::isAudioOrVideo(es->i_type)) {
             service.avPids.push_back(es->i_pid);
+            service.avStreams.push_back({es->i_type, es->i_pid, playerDescriptors(*es)});
+        }
         Component component;
         component.pid = es->i_pid;
         if (classify(*es, component)) {
@@ -145,6 +161,7 @@ void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
         }
     }
     const uint16_t pcr = pmt.i_pcr_pid;
+    service.pcrPid = pcr;
     if (service.hasPicture() && pcr != NO_PCR &&
         std::find(service.avPids.begin(), service.avPids.end(), pcr) == service.avPids.end())
         service.avPids.push_back(pcr);
@@ -232,7 +249,7 @@ std::vector<Service> scanServices(const TransportStream& stream)
 {
     std::vector<Service> services;
     for (const TransportStream::Program& program : stream.programs()) {
-        Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}, {}};
+        Service service{program.number, program.pmtPid, "", "", {}, {}, {}, {}, {}, {}};
         auto name = stream.serviceNames().find(program.number);
         if (name != stream.serviceNames().end()) {
             service.name = name->second.name;

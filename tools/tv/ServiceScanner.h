@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "SectionBuilder.h"
 #include "TransportStream.h"
 
 // What a PMT signals about application information tables.
@@ -43,6 +44,10 @@ struct Service {
     std::vector<CarouselStream> eventStreams;
     std::vector<uint16_t> avPids;  // its video and audio streams, and the PCR's PID if another
     std::vector<Component> components;  // in the PMT's order
+    // Its audio and video streams with their descriptors, and the PCR's PID: what a PMT of the
+    // picture alone lists.
+    std::vector<tesmo_test::Stream> avStreams;
+    uint16_t pcrPid = 0x1FFF;
     bool hasPicture() const { return !avPids.empty(); }
     const AitStream* hbbtvStream() const;
     // An AIT stream whose application_signalling_descriptor lists no type at all, as some

@@ -84,7 +84,7 @@ public:
 
     // ---- what the hosts may show
     // The current service's programme on now and the next, as far as its EIT has come.
-    const PresentFollowing& programmes() const { return programmeFeed->current(); }
+    const PresentFollowing& programmes() const override { return programmeFeed->current(); }
     uint16_t networkId() const { return network; }
     StreamEventRelay& streamEventRelay() { return *streamEvents; }
 

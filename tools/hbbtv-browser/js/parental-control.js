@@ -1,5 +1,5 @@
 // The parental control manager (application/oipfParentalControlManager): the rating scheme
-// the terminal knows, DVB-SI's minimum ages.
+// the terminal knows, DVB-SI's minimum ages, with no threshold set.
 (function (tv) {
     'use strict';
     var TYPE = 'application/oipfParentalControlManager';
@@ -11,7 +11,8 @@
         this.item = function (index) { return values[index] === undefined ? null : values[index]; };
         this.indexOf = function (ratingValue) { return values.indexOf(String(ratingValue)); };
         this.iconUri = function () { return null; };
-        Object.defineProperty(this, 'threshold', { value: null });
+        // No minimum age is set on this terminal.
+        Object.defineProperty(this, 'threshold', { value: tv.parentalRating({ scheme: name }) });
     }
     var ages = [];
     for (var age = 4; age <= 18; ++age)

@@ -259,6 +259,16 @@
     define('selectComponent', function (component) { changeComponent(this, component, true); });
     define('unselectComponent', function (component) { changeComponent(this, component, false); });
 
+    // The present and following programmes of the service, from its EIT; none for a
+    // broadcast-independent application. The objects hear when they change.
+    getter('programmes', function () { return tv.programmes(tv.call('VideoBroadcast.programmes')); });
+    tv.on('VideoBroadcast.programmesChanged', function () {
+        broadcastObjects().forEach(function (object) {
+            if (stateOf(object).playState !== UNREALIZED)
+                tv.fire(object, 'onProgrammesChanged', 'ProgrammesChanged', [], {});
+        });
+    });
+
     tv.on('VideoBroadcast.channelChanged', function (data) {
         broadcastObjects().forEach(function (object) {
             if (stateOf(object).playState !== UNREALIZED)

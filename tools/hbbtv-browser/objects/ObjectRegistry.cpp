@@ -16,8 +16,8 @@ const std::vector<RegisteredObject>& objectRegistry()
     static const std::vector<RegisteredObject> registry = {
         {{"keys.js"}, [](const ObjectParts&) -> Made { return std::make_unique<KeysObject>(); }},
         // Gives tv.channelOf, which the application manager's private data uses; tv.components
-        // serves the A/V control object too.
-        {{"av-components.js", "video-broadcast.js"},
+        // serves the A/V control object too, and tv.parentalRating the parental control manager.
+        {{"av-components.js", "programmes.js", "video-broadcast.js"},
          [](const ObjectParts& p) -> Made {
              return std::make_unique<VideoBroadcastObject>(p.services, p.tuner, p.screen);
          }},

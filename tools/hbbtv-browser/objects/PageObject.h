@@ -38,6 +38,8 @@ public:
     // The TV has started; the library has taken a complete AIT.
     virtual void started() {}
     virtual void tableCompleted() {}
+    // The service's present/following programmes changed.
+    virtual void programmesChanged() {}
     virtual void applicationEvent(const std::string& /*name*/, uint32_t /*applicationId*/) {}
     virtual void streamEvent(void* /*listener*/, const std::string& /*name*/, const std::string& /*data*/,
                              const std::string& /*text*/, const std::string& /*status*/)

@@ -1,5 +1,8 @@
 #include "VideoBroadcastObject.h"
 
+#include <cstdio>
+#include <optional>
+
 #include "tesmo_hbbtv/bindings.h"
 
 namespace {
@@ -9,6 +12,7 @@ namespace {
 const int TYPE_TV = 0;
 const int ID_DVB_T = 12;
 const int UNKNOWN_CHANNEL = 5;
+const int ID_DVB_EVENT = 1;  // a Programme's programmeIDType
 
 bool isBroadcastRelated(const PageContext& page)
 {
@@ -17,8 +21,50 @@ bool isBroadcastRelated(const PageContext& page)
 
 const char* const KINDS[] = {"video", "audio", "subtitle"};
 
+// What the present programme's component descriptors add to a stream of the PMT: the
+// picture's aspect ratio and the audio's main channels (mono 1, stereo or dual mono 2,
+// surround 5), by stream_content and component_type.
+const uint8_t MPEG2_VIDEO = 0x01, MPEG1_AUDIO = 0x02, AVC_VIDEO = 0x05, AAC_AUDIO = 0x06;
+
+std::optional<double> aspectRatioOf(const ProgrammeComponent& signalled)
+{
+    if (signalled.streamContent != MPEG2_VIDEO && signalled.streamContent != AVC_VIDEO)
+        return std::nullopt;
+    const uint8_t type = signalled.componentType & 0x03;  // 1 is 4:3, 2 and 3 16:9, in each group of four
+    if (type == 1)
+        return 4.0 / 3.0;
+    return type == 0 ? std::nullopt : std::optional<double>(16.0 / 9.0);
+}
+
+std::optional<int> audioChannelsOf(const ProgrammeComponent& signalled)
+{
+    if (signalled.streamContent != MPEG1_AUDIO && signalled.streamContent != AAC_AUDIO)
+        return std::nullopt;
+    switch (signalled.componentType & 0x0F) {
+    case 0x01:
+        return 1;
+    case 0x02:
+    case 0x03:
+        return 2;
+    case 0x05:
+        return 5;
+    default:
+        return std::nullopt;
+    }
+}
+
+const ProgrammeComponent* signalledFor(const Component& component, const PresentFollowing& programmes)
+{
+    if (component.componentTag < 0 || !programmes.present)
+        return nullptr;
+    for (const ProgrammeComponent& signalled : programmes.present->components)
+        if (signalled.componentTag == component.componentTag)
+            return &signalled;
+    return nullptr;
+}
+
 // A component as the page's AVComponent is made from.
-JsonNode* componentJson(const Component& component, bool active)
+JsonNode* componentJson(const Component& component, bool active, const ProgrammeComponent* signalled)
 {
     JsonObject* object = json_object_new();
     json_object_set_int_member(object, "type", component.kind);
@@ -34,7 +80,46 @@ JsonNode* componentJson(const Component& component, bool active)
             object, component.kind == Component::AUDIO ? "audioDescription" : "hearingImpaired",
             component.kind == Component::AUDIO ? component.audioDescription : component.hearingImpaired);
     }
+    const std::optional<double> ratio = signalled ? aspectRatioOf(*signalled) : std::nullopt;
+    if (component.kind == Component::VIDEO && ratio)
+        json_object_set_double_member(object, "aspectRatio", *ratio);
+    const std::optional<int> channels = signalled ? audioChannelsOf(*signalled) : std::nullopt;
+    if (component.kind == Component::AUDIO && channels)
+        json_object_set_int_member(object, "audioChannels", *channels);
     json_object_set_boolean_member(object, "active", active);
+    return reply::object(object);
+}
+
+// A programme as the page's Programme is made from: its DVB event as a DVB URL, its times in
+// seconds, its ratings as DVB-SI ages with the country in lower case.
+JsonNode* programmeJson(const Programme& programme, const Channel& channel)
+{
+    char id[48];
+    std::snprintf(id, sizeof id, "dvb://%x.%x.%x;%x", channel.originalNetworkId, channel.transportStreamId,
+                  channel.serviceId, programme.eventId);
+    JsonObject* object = json_object_new();
+    json_object_set_string_member(object, "name", programme.name.c_str());
+    json_object_set_string_member(object, "description", programme.description.c_str());
+    json_object_set_string_member(object, "longDescription", "");
+    json_object_set_int_member(object, "startTime", programme.startTime);
+    json_object_set_int_member(object, "duration", programme.duration);
+    json_object_set_string_member(object, "programmeID", id);
+    json_object_set_int_member(object, "programmeIDType", ID_DVB_EVENT);
+    json_object_set_string_member(object, "channelID", channel.ccid.c_str());
+    JsonArray* ratings = json_array_new();
+    for (const ParentalRating& rating : programme.ratings) {
+        JsonObject* age = json_object_new();
+        json_object_set_string_member(age, "name", std::to_string(rating.age).c_str());
+        json_object_set_string_member(age, "scheme", "dvb-si");
+        json_object_set_int_member(age, "value", rating.age);
+        json_object_set_int_member(age, "labels", 0);
+        std::string region = rating.country;
+        for (char& c : region)
+            c = g_ascii_tolower(c);
+        json_object_set_string_member(age, "region", region.c_str());
+        json_array_add_object_element(ratings, age);
+    }
+    json_object_set_array_member(object, "parentalRatings", ratings);
     return reply::object(object);
 }
 
@@ -70,6 +155,8 @@ VideoBroadcastObject::VideoBroadcastObject(ObjectServices& objectServices, Chann
         {"VideoBroadcast.picture", "", TOLD, [this](const PageContext& p, const Arguments&) { return picture(p); }},
         {"ChannelConfig.channelList", "", QUIET,
          [this](const PageContext& p, const Arguments&) { return channelList(p); }},
+        {"VideoBroadcast.programmes", "", QUIET,
+         [this](const PageContext& p, const Arguments&) { return programmes(p); }},
         {"VideoBroadcast.components", "", QUIET,
          [this](const PageContext& p, const Arguments&) { return components(p); }},
         {"VideoBroadcast.selectComponent", "n", TOLD,
@@ -86,6 +173,7 @@ JsonNode* VideoBroadcastObject::channelJson(const Channel& channel)
     json_object_set_int_member(object, "onid", channel.originalNetworkId);
     json_object_set_int_member(object, "tsid", channel.transportStreamId);
     json_object_set_int_member(object, "sid", channel.serviceId);
+    json_object_set_int_member(object, "nid", channel.networkId);
     json_object_set_string_member(object, "name", channel.name.c_str());
     json_object_set_int_member(object, "channelType", TYPE_TV);
     json_object_set_int_member(object, "idType", ID_DVB_T);
@@ -99,6 +187,11 @@ void VideoBroadcastObject::channelChanged(const Channel& channel)
     chosen = {FIRST, FIRST, NOTHING};
     screen.selectAudio(FIRST);
     services.toEveryPage("VideoBroadcast.channelChanged", channelJson(channel));
+}
+
+void VideoBroadcastObject::programmesChanged()
+{
+    services.toEveryPage("VideoBroadcast.programmesChanged", reply::null());
 }
 
 // The objects that are connecting present, or fail, as the TV's picture does.
@@ -203,7 +296,8 @@ Reply VideoBroadcastObject::components(const PageContext& page) const
     const Channel* channel = tuner.currentChannel();
     JsonArray* array = json_array_new();
     for (const Component& component : channel ? channel->components : std::vector<Component>{})
-        json_array_add_element(array, componentJson(component, activePid(component.kind) == component.pid));
+        json_array_add_element(array, componentJson(component, activePid(component.kind) == component.pid,
+                                                    signalledFor(component, tuner.programmes())));
     JsonNode* node = json_node_init_array(json_node_alloc(), array);
     json_array_unref(array);
     return node;
@@ -226,4 +320,19 @@ Reply VideoBroadcastObject::changeComponent(const PageContext& page, const Argum
         return reply::boolean(true);
     }
     return reply::boolean(false);
+}
+
+// Present, then following, of the tuned service; none for a broadcast-independent application.
+Reply VideoBroadcastObject::programmes(const PageContext& page) const
+{
+    JsonArray* array = json_array_new();
+    const Channel* channel = tuner.currentChannel();
+    const PresentFollowing& known = tuner.programmes();
+    if (channel && isBroadcastRelated(page))
+        for (const std::optional<Programme>& programme : {known.present, known.following})
+            if (programme)
+                json_array_add_element(array, programmeJson(*programme, *channel));
+    JsonNode* node = json_node_init_array(json_node_alloc(), array);
+    json_array_unref(array);
+    return node;
 }

@@ -23,6 +23,7 @@ public:
 
     void channelChanged(const Channel& channel) override;
     void pictureChanged(const std::string& state) override;
+    void programmesChanged() override;
 
 private:
     Reply bind(const PageContext& page) const;
@@ -34,6 +35,7 @@ private:
     Reply picture(const PageContext& page) const;
     Reply channelList(const PageContext& page) const;
     Reply components(const PageContext& page) const;
+    Reply programmes(const PageContext& page) const;
     Reply changeComponent(const PageContext& page, const Arguments& args, bool selected);
     // The PID of the active component of the kind, -1 for none.
     int activePid(Component::Kind kind) const;
