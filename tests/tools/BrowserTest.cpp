@@ -809,23 +809,29 @@ double reported(const std::string& out, int nth, const std::string& name)
 
 // A player page, as catalogue applications end in one: an A/V control object plays a clip
 // made here through the engine's media player. It reaches playing, and its position and its
-// picture move; the remote's PLAY_PAUSE pauses it, a seek and STOP take effect, and the
-// timeline tells each. A clip that is not there ends in the error state, never a hang.
+// picture move; it lists its tracks and turns its audio off and on; the remote's PLAY_PAUSE
+// pauses it, a seek and STOP take effect, and the timeline tells each. A clip that is not
+// there ends in the error state, never a hang.
 TEST_F(BrowserTest, AnAvControlObjectPlaysAClip)
 {
     ASSERT_TRUE(makeMedia(dir + "/clip.mp4", "ball", false)) << "gst-launch-1.0 with x264enc and avenc_aac";
     const std::string clip = server.base() + "media/clip.mp4";
     const std::string first = dir + "/first.png", second = dir + "/second.png";
     const std::string out =
-        browse("--start-url '" + server.base() + "probe/player.html?" + clip + "' --exit-after 200" +
-               " --eval 'report()'@60 --screenshot " + first + "@62 --screenshot " + second + "@80" +
-               " --key PLAY_PAUSE@90 --eval 'report()'@100 --eval 'player().seek(3000)'@105" +
-               " --eval 'report()'@120 --key STOP@130 --eval 'report()'@140");
+        browse("--start-url '" + server.base() + "probe/player.html?" + clip + "' --exit-after 230" +
+               " --eval 'report()'@90 --screenshot " + first + "@92 --screenshot " + second + "@110" +
+               " --eval \"(function () { var p = player(), n = [p.getComponents().length];"
+               " p.unselectComponent(p.COMPONENT_TYPE_AUDIO); n.push(p.getCurrentActiveComponents(1).length);"
+               " p.selectComponent(p.getComponents(1)[0]); n.push(p.getCurrentActiveComponents(1).length);"
+               " return n.join('/'); })()\"@115" +
+               " --key PLAY_PAUSE@120 --eval 'report()'@130 --eval 'player().seek(3000)'@135" +
+               " --eval 'report()'@150 --key STOP@160 --eval 'report()'@170");
     EXPECT_EQ(reported(out, 0, "state"), 1) << out;
     EXPECT_GT(reported(out, 0, "position"), 0) << out;
     EXPECT_GT(reported(out, 0, "time"), 9000) << out;
     EXPECT_GT(changedPixels(first, second, 100, 100, 320, 180), 20) << "the ball moves in the object's rectangle";
     EXPECT_EQ(changedPixels(first, second, 600, 300, 320, 180), 0) << "and nowhere else";
+    EXPECT_NE(out.find(": \"2/0/1\""), std::string::npos) << "its video and audio track, the audio off and on: " << out;
     EXPECT_EQ(reported(out, 1, "state"), 2) << out;
     EXPECT_EQ(reported(out, 1, "speed"), 0) << out;
     EXPECT_NEAR(reported(out, 2, "position"), 3000, 100) << out;
@@ -835,7 +841,7 @@ TEST_F(BrowserTest, AnAvControlObjectPlaysAClip)
         EXPECT_NE(out.find(line), std::string::npos) << line << "\n" << out;
 
     const std::string missing = browse("--start-url '" + server.base() + "probe/player.html?" + server.base() +
-                                       "media/missing.mp4' --exit-after 60 --eval 'report()'@50");
+                                       "media/missing.mp4' --exit-after 100 --eval 'report()'@90");
     EXPECT_EQ(reported(missing, 0, "state"), 6) << missing;
     EXPECT_EQ(reported(missing, 0, "error"), 5) << missing;
     EXPECT_NE(missing.find("in error (error 5: content not available)"), std::string::npos) << missing;
@@ -1069,7 +1075,7 @@ TEST_F(BrowserTest, TransportStreamsAndMp3PlayAsA1xTerminalPlaysThem)
 // A now-and-next page on a two-service capture whose first service has video, audio in two
 // languages and DVB subtitles, and its programmes in the EIT, changing while the page runs.
 // The page lists the components with what the PMT and the EIT say of them, switches the
-// audio to English (the picture plays that stream), turns subtitles on, shows the programmes
+// audio to English (the picture plays that stream), turns subtitles on and audio off, shows the programmes
 // with their ratings, and hears of the change; the second service's programmes follow a
 // channel change, and a broadcast-independent application gets none.
 TEST_F(BrowserTest, ComponentsAndProgrammesOfATwoServiceCapture)
@@ -1109,8 +1115,8 @@ TEST_F(BrowserTest, ComponentsAndProgrammesOfATwoServiceCapture)
     const std::string out = browse(
         dir + "/guide.ts --section-interval 40 --exit-after 420" + " --eval 'components()'@60" +
         " --eval 'active()'@62 --eval \"pick(1, 'eng') + ' ' + pick(2, 'deu')\"@70" +
-        " --eval 'selections.join()'@90 --eval 'programmes()'@100" +
-        " --eval 'programmes() + \" changes \" + changes'@300" +
+        " --eval 'selections.join()'@90 --eval 'broadcast().unselectComponent(1); active()'@95" +
+        " --eval 'programmes()'@100" + " --eval 'programmes() + \" changes \" + changes'@300" +
         " --eval \"document.getElementById('now').textContent\"@302" + " --eval 'broadcast().currentChannel.nid'@304" +
         " --eval 'broadcast().nextChannel()'@310 --eval 'programmes()'@400");
     EXPECT_NE(
@@ -1122,6 +1128,8 @@ TEST_F(BrowserTest, ComponentsAndProgrammesOfATwoServiceCapture)
     EXPECT_NE(out.find(": \"272,274 272,274,288\""), std::string::npos) << out;
     EXPECT_NE(out.find("the broadcast's audio plays PID(s) 0x112"), std::string::npos) << out;
     EXPECT_NE(out.find("eval selections.join(): \"1,2\""), std::string::npos) << out;
+    EXPECT_NE(out.find("active(): \"272,288\""), std::string::npos) << "no audio of either language: " << out;
+    EXPECT_LT(out.find("the broadcast's audio is off"), out.find("eval programmes() + ")) << out;
     EXPECT_NE(out.find("eval programmes(): \"Abendschau/Der Tag – kurz/1795636800/900/dvb://1.1.1;101/1/ccid:1.1.1/"
                        "dvb-si:12:deu|Der Film/Ein Test/1795637700/5400/dvb://1.1.1;102/1/ccid:1.1.1/dvb-si:16:deu\""),
               std::string::npos)

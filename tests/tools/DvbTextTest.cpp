@@ -18,6 +18,11 @@ TEST(DvbTextTest, CharacterTableSelectors)
               "ABC")
         << "emphasis codes dropped";
     EXPECT_EQ(dvbTextToUtf8(""), "");
+    EXPECT_EQ(dvbTextToUtf8(std::string("\x10\x00\x0C"
+                                        "A\xE4",
+                                        5)),
+              "A\xEF\xBF\xBD")
+        << "a table iconv does not have (ISO 8859-12): still UTF-8";
 }
 
 TEST(DvbTextTest, BytesThatShouldBeUtf8AreMadeValidWithoutLosingAny)
@@ -30,6 +35,13 @@ TEST(DvbTextTest, BytesThatShouldBeUtf8AreMadeValidWithoutLosingAny)
     EXPECT_EQ(validUtf8("\xC3"), "\xEF\xBF\xBD") << "a sequence cut short";
     EXPECT_EQ(validUtf8("\xED\xA0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD") << "a surrogate";
     EXPECT_EQ(validUtf8(""), "");
+}
+
+TEST(DvbTextTest, LetterCodesKeepPrintableAsciiOnly)
+{
+    const uint8_t deu[] = {'d', 'e', 'u'}, hostile[] = {'G', 0xC3, 0x00};
+    EXPECT_EQ(letterCode(deu), "deu");
+    EXPECT_EQ(letterCode(hostile), "G??");
 }
 
 }  // namespace

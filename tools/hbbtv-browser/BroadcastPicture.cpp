@@ -11,6 +11,7 @@
 namespace {
 
 const size_t PACKET = 188;
+const size_t SECTION_ROOM = PACKET - 5;  // after the packet's header and pointer field
 const size_t PAT_EVERY = 2000;  // packets between two copies of the service's own PAT
 const size_t SECRET_BYTES = 16;
 
@@ -38,8 +39,21 @@ tesmo_test::Bytes sectionPacket(uint16_t pid, const tesmo_test::Bytes& section, 
                               0x00};
     tesmo_test::Bytes packet(PACKET, 0xFF);
     std::copy(std::begin(header), std::end(header), packet.begin());
-    std::copy_n(section.begin(), std::min(section.size(), PACKET - sizeof header), packet.begin() + sizeof header);
+    std::copy_n(section.begin(), std::min(section.size(), SECTION_ROOM), packet.begin() + sizeof header);
     return packet;
+}
+
+// The PMT of the service's audio and video, in one packet as the PAT: where the streams'
+// descriptors would not fit, without them (the player then names the audio by PID alone).
+tesmo_test::Bytes pictureMap(const Service& service)
+{
+    tesmo_test::Bytes pmt = tesmo_test::pmtSection(service.serviceId, service.avStreams, {}, service.pcrPid);
+    if (pmt.size() <= SECTION_ROOM)
+        return pmt;
+    std::vector<tesmo_test::Stream> bare = service.avStreams;
+    for (tesmo_test::Stream& stream : bare)
+        stream.descriptors.clear();
+    return tesmo_test::pmtSection(service.serviceId, bare, {}, service.pcrPid);
 }
 
 }  // namespace
@@ -128,7 +142,7 @@ GBytes* BroadcastPicture::streamOf(const Service& service)
     const std::set<uint16_t> pids(service.avPids.begin(), service.avPids.end());
     const tesmo_test::Bytes pat =
         tesmo_test::patSection(capture.transportStreamId(), {{service.serviceId, service.pmtPid}});
-    const tesmo_test::Bytes pmt = tesmo_test::pmtSection(service.serviceId, service.avStreams, {}, service.pcrPid);
+    const tesmo_test::Bytes pmt = pictureMap(service);
     size_t written = 0;
     uint8_t continuity = 0;
     bool ok = true;

@@ -175,7 +175,7 @@ void ScriptChannel::methodCall(GDBusConnection* connection, const char*, const c
 void ScriptChannel::answer(guint64 pageId, const std::string& name, const std::string& arguments,
                            GDBusMethodInvocation* invocation)
 {
-    const std::string reply = handler(pageId, name, arguments);
+    const std::string reply = validUtf8(handler(pageId, name, arguments));  // D-Bus carries only UTF-8
     g_dbus_method_invocation_return_value(invocation, g_variant_new("(s)", reply.c_str()));
 }
 

@@ -287,8 +287,7 @@ int Broadcast::prepare(int argc, char** argv, Options& options)
 
 TvPlatform::Tuned Broadcast::takeFirst()
 {
-    return {std::move(aitSections), std::move(carouselSections), std::move(eventSections), std::move(eitSections),
-            stream.networkId()};
+    return {std::move(aitSections), std::move(carouselSections), std::move(eventSections), std::move(eitSections)};
 }
 
 TvPlatform::Tuned Broadcast::tune(const Channel& to) const
@@ -310,7 +309,6 @@ TvPlatform::Tuned Broadcast::sectionsOf(const Service& service) const
         tuned.carouselSections = stream.sectionsOnPid(ocPid);
     tuned.eventSections = eventSectionsOf(service);
     tuned.eitSections = eitSectionsOf(service);
-    tuned.networkId = stream.networkId();
     return tuned;
 }
 

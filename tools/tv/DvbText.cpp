@@ -62,7 +62,7 @@ std::string dvbTextToUtf8(const std::string& text)
         body = dropControlCodes(body);
     iconv_t converter = iconv_open("UTF-8", table.charset.c_str());
     if (converter == reinterpret_cast<iconv_t>(-1))
-        return body;
+        return validUtf8(body);  // a table iconv does not have: the bytes as far as they are text
     std::vector<char> out(body.size() * 4 + 8);
     char* in = body.data();
     size_t inLeft = body.size();
@@ -86,4 +86,13 @@ std::string validUtf8(const std::string& bytes)
     std::string text(valid);
     g_free(valid);
     return text;
+}
+
+std::string letterCode(const uint8_t* bytes)
+{
+    std::string code(reinterpret_cast<const char*>(bytes), 3);
+    for (char& c : code)
+        if (c < 0x20 || c > 0x7E)
+            c = '?';
+    return code;
 }

@@ -68,7 +68,7 @@ void takeShortEvent(dvbpsi_descriptor_t& d, Programme& programme)
     if (!programme.language.empty() || !shortEventFits(d))
         return;
     if (const dvbpsi_short_event_dr_t* event = dvbpsi_DecodeShortEventDr(&d)) {
-        programme.language = text(event->i_iso_639_code, 3);
+        programme.language = letterCode(event->i_iso_639_code);
         programme.name = dvbTextToUtf8(text(event->i_event_name, size_t(event->i_event_name_length)));
         programme.description = dvbTextToUtf8(text(event->i_text, size_t(event->i_text_length)));
     }
@@ -82,7 +82,7 @@ void takeRatings(dvbpsi_descriptor_t& d, Programme& programme)
             const uint8_t country[] = {uint8_t(r.i_country_code >> 16), uint8_t(r.i_country_code >> 8),
                                        uint8_t(r.i_country_code)};
             if (r.i_rating >= MIN_RATING && r.i_rating <= MAX_RATING)
-                programme.ratings.push_back({text(country, 3), uint8_t(r.i_rating + AGE_OF_RATING_0)});
+                programme.ratings.push_back({letterCode(country), uint8_t(r.i_rating + AGE_OF_RATING_0)});
         }
 }
 
@@ -93,7 +93,7 @@ void takeComponent(dvbpsi_descriptor_t& d, Programme& programme)
     if (dvbpsi_component_dr_t* component = dvbpsi_DecodeComponentDr(&d)) {
         programme.components.push_back(
             {component->i_stream_content, component->i_component_type, component->i_component_tag,
-             text(component->i_iso_639_code, 3),
+             letterCode(component->i_iso_639_code),
              component->i_text ? dvbTextToUtf8(text(component->i_text, size_t(component->i_text_length))) : ""});
         std::free(component->i_text);
         component->i_text = nullptr;

@@ -14,6 +14,7 @@ extern "C" {
 #include <dvbpsi/dr_59.h>
 }
 
+#include "DvbText.h"
 #include "SectionBuilder.h"
 
 namespace {
@@ -52,12 +53,14 @@ const Coding BY_DESCRIPTOR[] = {
     {ENHANCED_AC3_TAG, Component::AUDIO, "E-AC3"},
 };
 
-// What a player needs of a stream's descriptors: its language and its component tag.
+// What a player needs of a stream's descriptors: its language, its component tag, and what
+// says that private data is AC-3.
 tesmo_test::Bytes playerDescriptors(const dvbpsi_pmt_es_t& es)
 {
     tesmo_test::Bytes bytes;
     for (const dvbpsi_descriptor_t* d = es.p_first_descriptor; d; d = d->p_next) {
-        if (d->i_tag != ISO_639_TAG && d->i_tag != STREAM_IDENTIFIER_TAG)
+        if (d->i_tag != ISO_639_TAG && d->i_tag != STREAM_IDENTIFIER_TAG && d->i_tag != AC3_TAG &&
+            d->i_tag != ENHANCED_AC3_TAG)
             continue;
         bytes.push_back(d->i_tag);
         bytes.push_back(d->i_length);
@@ -92,31 +95,22 @@ bool classify(const dvbpsi_pmt_es_t& es, Component& component)
     return true;
 }
 
-std::string languageOf(const uint8_t* code)
-{
-    std::string language(reinterpret_cast<const char*>(code), 3);
-    for (char& c : language)
-        if (c < 0x20 || c > 0x7E)
-            c = '?';  // broadcast bytes, not always letters
-    return language;
-}
-
 // Language and the kind of audience, from the ISO 639 or the subtitling descriptor. The
 // subtitling descriptor's decoder fills a fixed table: a longer descriptor is not given to it.
 void describeAudience(dvbpsi_pmt_es_t& es, Component& component)
 {
     if (auto* d = const_cast<dvbpsi_descriptor_t*>(descriptorOf(es, ISO_639_TAG)))
         if (const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(d); decoded && decoded->i_code_count > 0) {
-            component.language = languageOf(decoded->code[0].iso_639_code);
+            component.language = letterCode(decoded->code[0].iso_639_code);
             component.audioDescription = decoded->code[0].i_audio_type == VISUAL_IMPAIRED_COMMENTARY;
         }
     auto* d = const_cast<dvbpsi_descriptor_t*>(descriptorOf(es, SUBTITLING_TAG));
     if (!d || d->i_length > 8 * DVBPSI_SUBTITLING_DR_MAX)
         return;
     if (const dvbpsi_subtitling_dr_t* decoded = dvbpsi_DecodeSubtitlingDr(d); decoded && decoded->i_subtitles_number) {
-        component.language = languageOf(decoded->p_subtitle[0].i_iso6392_language_code);
+        component.language = letterCode(decoded->p_subtitle[0].i_iso6392_language_code);
         const uint8_t type = decoded->p_subtitle[0].i_subtitling_type;
-        component.hearingImpaired = type >= 0x20 && type <= 0x24;
+        component.hearingImpaired = type >= 0x20 && type <= 0x25;
     }
 }
 
@@ -148,13 +142,14 @@ void describeStreams(dvbpsi_pmt_t& pmt, Service& service)
             service.carouselStreams.push_back({es->i_pid, identifier->i_component_tag});
         if ((es->i_type == STREAM_DESCRIPTORS_TYPE || es->i_type == DSMCC_SECTIONS_TYPE) && identifier)
             service.eventStreams.push_back({es->i_pid, identifier->i_component_tag});
-        if (tesmo_test::isAudioOrVideo(es->i_type)) {
+        Component component;
+        component.pid = es->i_pid;
+        const bool listed = classify(*es, component);
+        if (tesmo_test::isAudioOrVideo(es->i_type) || (listed && component.kind == Component::AUDIO)) {
             service.avPids.push_back(es->i_pid);
             service.avStreams.push_back({es->i_type, es->i_pid, playerDescriptors(*es)});
         }
-        Component component;
-        component.pid = es->i_pid;
-        if (classify(*es, component)) {
+        if (listed) {
             component.componentTag = identifier ? identifier->i_component_tag : -1;
             describeAudience(*es, component);
             service.components.push_back(component);

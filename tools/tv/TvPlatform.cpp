@@ -77,16 +77,18 @@ void TvPlatform::announceTerminal()
 }
 
 // From this tick the service's AIT arrives, and its carousel, stream events and programmes
-// while the AIT does, as all of them repeat in a broadcast.
+// while the AIT does; the programmes of the service before are gone.
 void TvPlatform::enterService(Tuned tuned, const ServiceIds& ids)
 {
     serviceFrom = tick;
-    network = tuned.networkId;
+    const bool hadProgrammes = programmeFeed->current().version >= 0;
     ait->start(std::move(tuned.aitSections), tick, ids);
     const uint64_t spread = std::max<uint64_t>(1, ait->span());
     files->start(std::move(tuned.carouselSections), spread);
     streamEvents->start(std::move(tuned.eventSections), spread);
     programmeFeed->start(std::move(tuned.eitSections), ids.serviceId, spread);
+    if (hadProgrammes)
+        core->programmesChanged();
     lastScheduled = std::max(lastScheduled, tick + std::max(ait->span(), files->lastTick()));
 }
 

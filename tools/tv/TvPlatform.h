@@ -35,13 +35,12 @@ class TvPlatform : public ChannelControl {
 public:
     using ServiceIds = AitFeed::ServiceIds;
     // What the tuner delivers of a service: its AIT, object-carousel and stream-event
-    // sections, its EIT present/following sections, and the network of the multiplex.
+    // sections, and its EIT present/following sections.
     struct Tuned {
         std::vector<TimedSection> aitSections;
         std::vector<TimedSection> carouselSections;
         std::map<uint8_t, std::vector<TimedSection>> eventSections;  // by component tag
         std::vector<TimedSection> eitSections{};
-        uint16_t networkId = 0;  // of the NIT actual; 0 without one
     };
     using Tuner = std::function<Tuned(const Channel&)>;
 
@@ -85,7 +84,6 @@ public:
     // ---- what the hosts may show
     // The current service's programme on now and the next, as far as its EIT has come.
     const PresentFollowing& programmes() const override { return programmeFeed->current(); }
-    uint16_t networkId() const { return network; }
     StreamEventRelay& streamEventRelay() { return *streamEvents; }
 
     static HBBTV_STATUS listen(HBBTV_NotificationType type, HBBTV_NotificationData* data);
@@ -114,7 +112,6 @@ private:
     std::unique_ptr<NotificationLog> log;
     std::unique_ptr<StreamEventRelay> streamEvents;
     std::unique_ptr<ProgrammeFeed> programmeFeed;
-    uint16_t network = 0;
     Activity activity;
     uint64_t tick = 0;
     uint64_t lastScheduled = 0;

@@ -7,17 +7,15 @@
     var COMMON = ['componentTag', 'pid', 'type', 'encoding', 'encrypted'];
     var OF_KIND = [['aspectRatio'], ['language', 'audioDescription', 'audioChannels'], ['language', 'hearingImpaired']];
 
+    // Which component of the TV's list a page's AVComponent is: its key (a broadcast's PID, a
+    // media track's place), kept out of the page's sight.
+    var keys = new WeakMap();
+
     function AVComponent(data) {
         COMMON.concat(OF_KIND[data.type] || []).forEach(function (name) {
             Object.defineProperty(this, name, { value: data[name] === undefined ? null : data[name], enumerable: true });
         }, this);
-    }
-
-    function AVComponentCollection(components) {
-        Object.defineProperty(this, 'length', { value: components.length });
-        this.item = function (index) { return components[index] || null; };
-        for (var i = 0; i < components.length; ++i)
-            Object.defineProperty(this, i, { value: components[i], enumerable: true });
+        keys.set(this, data.key);
     }
 
     // undefined and null ask for every kind.
@@ -34,21 +32,24 @@
                 tv.property(objectType, name, function () { return TYPES[name]; });
             });
         },
-        // The collection of the components (plain data) of the type asked for.
+        // The collection of the components (plain data, each with its key) of the type asked for.
         collection: function (components, componentType) {
-            return new AVComponentCollection(components.filter(ofType(componentType)).map(function (data) {
+            return tv.collection(components.filter(ofType(componentType)).map(function (data) {
                 return new AVComponent(data);
             }));
         },
-        // What selectComponent and unselectComponent name: an AVComponent, or a component type.
-        named: function (component, components) {
+        // What selectComponent and unselectComponent name: an AVComponent, or a component type
+        // (its first component, or its active one).
+        named: function (component, components, active) {
             if (typeof component === 'number')
-                return components.filter(ofType(component))[0] || null;
+                return components.filter(ofType(component)).filter(function (data) {
+                    return !active || data.active;
+                })[0] || null;
             if (!component || typeof component !== 'object')
                 throw new TypeError('an AVComponent or a component type');
+            var key = keys.get(component);
             return components.filter(function (data) {
-                return data.pid === component.pid && data.type === component.type &&
-                    (data.language || null) === (component.language || null);
+                return key !== undefined ? data.key === key : data.pid === component.pid && data.type === component.type;
             })[0] || null;
         }
     };

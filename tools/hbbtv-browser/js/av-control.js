@@ -179,7 +179,7 @@
     // The engine counts a media load begun before the document's load has completed (a page
     // that plays from its onload) as part of the document's: a live stream would keep the page
     // from ever being loaded. Media begins once the TV has the page loaded, or at the TV's
-    // bound after the document's load event (a frame the TV does not report).
+    // bound after the document's load event (a load the TV reports otherwise, as failed).
     var documentLoaded = false, afterDocument = [];
     function documentIsLoaded() {
         documentLoaded = true;
@@ -197,6 +197,7 @@
         var begin = function () {
             if (state.loads !== loads)
                 return;  // stopped or loaded again meanwhile
+            state.lastProgress = Date.now();  // the watch's bound counts from here
             if (String(object.type).toLowerCase() === 'application/dash+xml')
                 state.dash = tv.dashPlayer(url, media, function (code) { failed(object, code); });
             else
@@ -309,8 +310,8 @@
                 if (type === 2 && track.kind !== 'subtitles' && track.kind !== 'captions')
                     continue;
                 var pid = transportStream && /^[0-9a-f]+$/i.test(track.id) ? parseInt(track.id, 16) : undefined;
-                components.push({ type: type, pid: pid, encoding: undefined, encrypted: false, track: track,
-                                  language: track.language, audioDescription: /desc/.test(track.kind),
+                components.push({ type: type, key: type + ':' + i, track: track, pid: pid, encoding: undefined,
+                                  encrypted: false, language: track.language, audioDescription: /desc/.test(track.kind),
                                   hearingImpaired: track.kind === 'captions', active: isOn(track, list[1]) });
             }
         });
@@ -325,11 +326,13 @@
     });
     function changeTrack(object, component, selected) {
         var components = tracksOf(object);
-        var found = tv.components.named(component, components);
+        var found = tv.components.named(component, components, !selected);
         if (!found)
             return;
+        // Selecting one turns the others of its kind off; unselecting a kind turns all of it off.
+        var wholeKind = !selected && typeof component === 'number';
         components.forEach(function (c) {
-            if (c.type !== found.type || (c !== found && !selected))
+            if (c.type !== found.type || (c !== found && !selected && !wholeKind))
                 return;
             var on = selected && c === found;
             if (c.type === 2)

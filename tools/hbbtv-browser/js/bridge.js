@@ -40,6 +40,14 @@
 
     var bound = 0;
 
+    // The DAE's read-only Collection: length, item(index) and the items by index.
+    function Collection(items) {
+        Object.defineProperty(this, 'length', { value: items.length });
+        this.item = function (index) { return items[index] || null; };
+        for (var i = 0; i < items.length; ++i)
+            Object.defineProperty(this, i, { value: items[i], enumerable: true });
+    }
+
     var tv = {
         // A method of <object type="TYPE"> elements.
         method: function (type, name, implementation) { member(type, name, { value: implementation }); },
@@ -54,9 +62,11 @@
                 throw thrown(reply.error);
             return reply.value;
         },
+        // One handler an event name.
         on: function (name, handler) {
             handlers[name] = handler;
         },
+        collection: function (items) { return new Collection(items); },
         // An object's event: its on... handler first, then the DOM event with the details.
         fire: function (object, handler, name, args, detail) {
             if (typeof object[handler] === 'function')

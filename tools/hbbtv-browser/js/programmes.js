@@ -15,13 +15,6 @@
         });
     }
 
-    function Collection(items) {
-        Object.defineProperty(this, 'length', { value: items.length });
-        this.item = function (index) { return items[index] || null; };
-        for (var i = 0; i < items.length; ++i)
-            Object.defineProperty(this, i, { value: items[i], enumerable: true });
-    }
-
     // A DVB-SI age: name "4" to "18", value the age; or the threshold of a terminal where no
     // minimum age is set, whose name and value are undefined.
     function ParentalRating(data) { readOnly(this, RATING_MEMBERS, data); }
@@ -29,13 +22,13 @@
 
     function Programme(data) {
         var ratings = (data.parentalRatings || []).map(tv.parentalRating);
-        readOnly(this, PROGRAMME_MEMBERS, Object.assign({}, data, { parentalRatings: new Collection(ratings) }));
+        readOnly(this, PROGRAMME_MEMBERS, Object.assign({}, data, { parentalRatings: tv.collection(ratings) }));
     }
     Object.keys(ID_CONSTANTS).forEach(function (name) {
         Object.defineProperty(Programme.prototype, name, { value: ID_CONSTANTS[name] });
     });
 
     tv.programmes = function (list) {
-        return new Collection(list.map(function (data) { return new Programme(data); }));
+        return tv.collection(list.map(function (data) { return new Programme(data); }));
     };
 })

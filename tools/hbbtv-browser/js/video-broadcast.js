@@ -23,19 +23,17 @@
     });
     tv.channelOf = function (data) { return data ? new Channel(data) : null; };
 
-    function ChannelList(channels) {
-        Object.defineProperty(this, 'length', { value: channels.length });
-        this.item = function (index) { return channels[index] || null; };
-        this.getChannel = function (ccid) {
+    function channelList(channels) {
+        var list = tv.collection(channels);
+        list.getChannel = function (ccid) {
             return channels.filter(function (c) { return c.ccid === ccid; })[0] || null;
         };
-        this.getChannelByTriplet = function (onid, tsid, sid) {
+        list.getChannelByTriplet = function (onid, tsid, sid) {
             return channels.filter(function (c) {
                 return c.onid === onid && (tsid === null || tsid === undefined || c.tsid === tsid) && c.sid === sid;
             })[0] || null;
         };
-        for (var i = 0; i < channels.length; ++i)
-            this[i] = channels[i];
+        return list;
     }
 
     // An error the TV answers with becomes the page's exception.
@@ -230,7 +228,7 @@
 
     function ChannelConfig() {
         var channels = tv.call('ChannelConfig.channelList').map(tv.channelOf);
-        Object.defineProperty(this, 'channelList', { value: new ChannelList(channels) });
+        Object.defineProperty(this, 'channelList', { value: channelList(channels) });
     }
 
     // The service's components, from its PMT; one of each kind is active at a time (no
@@ -238,7 +236,7 @@
     tv.components.define(TYPE);
     function components(object) {
         stateOf(object);
-        return tv.call('VideoBroadcast.components');
+        return tv.call('VideoBroadcast.components').map(function (c) { return Object.assign(c, { key: c.pid }); });
     }
     define('getComponents', function (componentType) {
         return tv.components.collection(components(this), componentType);
@@ -247,7 +245,7 @@
         return tv.components.collection(components(this).filter(function (c) { return c.active; }), componentType);
     });
     function changeComponent(object, component, selected) {
-        var found = tv.components.named(component, components(object));
+        var found = tv.components.named(component, components(object), !selected);
         if (!found || !tv.call(selected ? 'VideoBroadcast.selectComponent' : 'VideoBroadcast.unselectComponent',
                                 found.pid))
             return;

@@ -1,5 +1,6 @@
 #include "VideoBroadcastObject.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 
@@ -22,35 +23,40 @@ bool isBroadcastRelated(const PageContext& page)
 const char* const KINDS[] = {"video", "audio", "subtitle"};
 
 // What the present programme's component descriptors add to a stream of the PMT: the
-// picture's aspect ratio and the audio's main channels (mono 1, stereo or dual mono 2,
-// surround 5), by stream_content and component_type.
-const uint8_t MPEG2_VIDEO = 0x01, MPEG1_AUDIO = 0x02, AVC_VIDEO = 0x05, AAC_AUDIO = 0x06;
+// picture's aspect ratio and the audio's main channels, by stream_content and component_type.
+struct Signalled {
+    uint8_t streamContent;
+    std::vector<uint8_t> types;
+    double value;
+};
+const Signalled ASPECT_RATIOS[] = {
+    {0x01, {0x01, 0x05, 0x09, 0x0D}, 4.0 / 3.0},  // MPEG-2 video
+    {0x01, {0x02, 0x03, 0x06, 0x07, 0x0A, 0x0B, 0x0E, 0x0F}, 16.0 / 9.0},
+    {0x05, {0x01, 0x05}, 4.0 / 3.0},  // H.264
+    {0x05, {0x03, 0x07, 0x0B, 0x0F}, 16.0 / 9.0},
+};
+const Signalled AUDIO_CHANNELS[] = {
+    {0x02, {0x01}, 1},  // MPEG-1 layer 2: mono, dual mono or stereo, surround
+    {0x02, {0x02, 0x03}, 2},
+    {0x02, {0x05}, 5},
+    {0x06, {0x01, 0x51}, 1},  // HE-AAC and AAC
+    {0x06, {0x03, 0x44, 0x53}, 2},
+    {0x06, {0x05, 0x55}, 5},
+};
 
-std::optional<double> aspectRatioOf(const ProgrammeComponent& signalled)
+template <size_t N> std::optional<double> lookUp(const Signalled (&table)[N], const ProgrammeComponent& signalled)
 {
-    if (signalled.streamContent != MPEG2_VIDEO && signalled.streamContent != AVC_VIDEO)
-        return std::nullopt;
-    const uint8_t type = signalled.componentType & 0x03;  // 1 is 4:3, 2 and 3 16:9, in each group of four
-    if (type == 1)
-        return 4.0 / 3.0;
-    return type == 0 ? std::nullopt : std::optional<double>(16.0 / 9.0);
+    for (const Signalled& row : table)
+        if (row.streamContent == signalled.streamContent &&
+            std::find(row.types.begin(), row.types.end(), signalled.componentType) != row.types.end())
+            return row.value;
+    return std::nullopt;
 }
 
-std::optional<int> audioChannelsOf(const ProgrammeComponent& signalled)
+const std::vector<Component>& componentsOf(const Channel* channel)
 {
-    if (signalled.streamContent != MPEG1_AUDIO && signalled.streamContent != AAC_AUDIO)
-        return std::nullopt;
-    switch (signalled.componentType & 0x0F) {
-    case 0x01:
-        return 1;
-    case 0x02:
-    case 0x03:
-        return 2;
-    case 0x05:
-        return 5;
-    default:
-        return std::nullopt;
-    }
+    static const std::vector<Component> none;
+    return channel ? channel->components : none;
 }
 
 const ProgrammeComponent* signalledFor(const Component& component, const PresentFollowing& programmes)
@@ -80,12 +86,12 @@ JsonNode* componentJson(const Component& component, bool active, const Programme
             object, component.kind == Component::AUDIO ? "audioDescription" : "hearingImpaired",
             component.kind == Component::AUDIO ? component.audioDescription : component.hearingImpaired);
     }
-    const std::optional<double> ratio = signalled ? aspectRatioOf(*signalled) : std::nullopt;
+    const std::optional<double> ratio = signalled ? lookUp(ASPECT_RATIOS, *signalled) : std::nullopt;
     if (component.kind == Component::VIDEO && ratio)
         json_object_set_double_member(object, "aspectRatio", *ratio);
-    const std::optional<int> channels = signalled ? audioChannelsOf(*signalled) : std::nullopt;
+    const std::optional<double> channels = signalled ? lookUp(AUDIO_CHANNELS, *signalled) : std::nullopt;
     if (component.kind == Component::AUDIO && channels)
-        json_object_set_int_member(object, "audioChannels", *channels);
+        json_object_set_int_member(object, "audioChannels", int(*channels));
     json_object_set_boolean_member(object, "active", active);
     return reply::object(object);
 }
@@ -282,8 +288,7 @@ int VideoBroadcastObject::activePid(Component::Kind kind) const
 {
     if (chosen[kind] != FIRST)
         return chosen[kind];
-    const Channel* channel = tuner.currentChannel();
-    for (const Component& component : channel ? channel->components : std::vector<Component>{})
+    for (const Component& component : componentsOf(tuner.currentChannel()))
         if (component.kind == kind)
             return component.pid;
     return NOTHING;
@@ -293,9 +298,8 @@ Reply VideoBroadcastObject::components(const PageContext& page) const
 {
     if (!isBroadcastRelated(page))
         return securityError();
-    const Channel* channel = tuner.currentChannel();
     JsonArray* array = json_array_new();
-    for (const Component& component : channel ? channel->components : std::vector<Component>{})
+    for (const Component& component : componentsOf(tuner.currentChannel()))
         json_array_add_element(array, componentJson(component, activePid(component.kind) == component.pid,
                                                     signalledFor(component, tuner.programmes())));
     JsonNode* node = json_node_init_array(json_node_alloc(), array);
@@ -309,9 +313,8 @@ Reply VideoBroadcastObject::changeComponent(const PageContext& page, const Argum
 {
     if (!isBroadcastRelated(page))
         return securityError();
-    const Channel* channel = tuner.currentChannel();
     const int pid = int(wholeNumber(args.number(0)));
-    for (const Component& component : channel ? channel->components : std::vector<Component>{}) {
+    for (const Component& component : componentsOf(tuner.currentChannel())) {
         if (component.pid != pid || (!selected && activePid(component.kind) != pid))
             continue;
         chosen[component.kind] = selected ? pid : NOTHING;
