@@ -74,8 +74,8 @@ void checkWhatThePageGets(const StreamEventFeed::Trigger& trigger)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (size < 3 || size > 3 + 0xFFF)
-        return 0;
+    if (size < 4 || size > 3 + 0xFFF)
+        return 0;  // the three bytes before the section, and at least one of it
     // A GLib assertion (a string that is not UTF-8) is a failure, not a warning.
     g_log_set_always_fatal(GLogLevelFlags(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
     const uint8_t componentTag = data[0];
